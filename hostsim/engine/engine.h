@@ -1,0 +1,19 @@
+// Inside the simulated host engine.
+#ifndef CAPOCHORDS_HOSTSIM_ENGINE_H
+#define CAPOCHORDS_HOSTSIM_ENGINE_H
+
+#include "hostsim/host.h"
+
+#include <cstring>
+
+namespace hostsim {
+
+// Runs one call of a host function: counts it, logs it, applies a scheduled
+// fault, else its behaviour, else its programmed result.
+uint64_t dispatch(Fx fx, const uint64_t* args, size_t n);
+// Called by the resolver at every lookup: counts it, answers presence.
+bool resolve(Fx fx);
+
+}  // namespace hostsim
+
+#endif

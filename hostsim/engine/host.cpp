@@ -1,0 +1,135 @@
+// State of the simulated host: presence, programmed results, behaviours,
+// scheduled faults and the call log.
+#include "engine.h"
+
+#include <array>
+#include <map>
+
+namespace hostsim {
+namespace {
+
+struct State {
+    std::array<bool, kFxCount> present;
+    std::array<int, kFxCount> lookups{};
+    std::array<uint64_t, kFxCount> results{};
+    std::array<size_t, kFxCount> counts{};
+    std::array<Handler, kFxCount> handlers;
+    std::map<std::pair<int, size_t>, bool> faults;  // (fx, call number) to fail
+    std::vector<Call> log;
+    bool logging = true;
+    State() { present.fill(true); }
+};
+
+State& state() {
+    static State* s = new State();  // outlives every static destructor that may still call in
+    return *s;
+}
+
+Kind kindOf(const char* k) {
+    static const std::map<std::string, Kind> m = {
+        {"I16", Kind::I16}, {"U16", Kind::U16}, {"I32", Kind::I32}, {"PTR", Kind::PTR},
+        {"BOOL", Kind::BOOL}, {"DBL", Kind::DBL}, {"VER", Kind::VER}, {"VOID", Kind::VOID}};
+    return m.at(k);
+}
+
+std::vector<Kind> kindsOf(const char* list) {
+    std::vector<Kind> out;
+    std::string s(list);
+    std::string cur;
+    for (char c : s) {
+        if (c == '(' || c == ' ') continue;
+        if (c == ',' || c == ')') {
+            if (!cur.empty()) out.push_back(kindOf(cur.c_str()));
+            cur.clear();
+        } else {
+            cur.push_back(c);
+        }
+    }
+    return out;
+}
+
+const std::array<FxInfo, kFxCount>& table() {
+    static const std::array<FxInfo, kFxCount> t = {{
+#define FX_ENTRY(result, name, params, args, kinds, missing, step)                           \
+    FxInfo{#name, kindOf(#result), kindsOf(#kinds)},
+#include "fxtable.def"
+#undef FX_ENTRY
+    }};
+    return t;
+}
+
+int idx(Fx fx) { return static_cast<int>(fx); }
+
+}  // namespace
+
+const FxInfo& info(Fx fx) { return table()[idx(fx)]; }
+
+bool fxByName(const std::string& name, Fx* out) {
+    for (int i = 0; i < kFxCount; ++i) {
+        if (name == table()[i].name) {
+            *out = static_cast<Fx>(i);
+            return true;
+        }
+    }
+    return false;
+}
+
+void reset() {
+    State& s = state();
+    s.present.fill(true);
+    s.lookups.fill(0);
+    s.results.fill(0);
+    s.counts.fill(0);
+    for (auto& h : s.handlers) h = nullptr;
+    s.faults.clear();
+    s.log.clear();
+    s.logging = true;
+}
+
+void setPresent(Fx fx, bool present) { state().present[idx(fx)] = present; }
+void setAllPresent(bool present) { state().present.fill(present); }
+bool isPresent(Fx fx) { return state().present[idx(fx)]; }
+int lookups(Fx fx) { return state().lookups[idx(fx)]; }
+void setResult(Fx fx, uint64_t raw) { state().results[idx(fx)] = raw; }
+void setHandler(Fx fx, Handler h) { state().handlers[idx(fx)] = std::move(h); }
+
+void failCall(Fx fx, int k) {
+    if (k < 1) return;
+    State& s = state();
+    s.faults[{idx(fx), s.counts[idx(fx)] + static_cast<size_t>(k)}] = true;
+}
+
+void clearFaults() { state().faults.clear(); }
+void setLogging(bool on) { state().logging = on; }
+const std::vector<Call>& calls() { return state().log; }
+void clearCalls() { state().log.clear(); }
+size_t count(Fx fx) { return state().counts[idx(fx)]; }
+
+bool resolve(Fx fx) {
+    State& s = state();
+    ++s.lookups[idx(fx)];
+    return s.present[idx(fx)];
+}
+
+uint64_t dispatch(Fx fx, const uint64_t* args, size_t n) {
+    State& s = state();
+    size_t number = ++s.counts[idx(fx)];
+    Call c{fx, std::vector<uint64_t>(args, args + n), 0, false};
+    auto fault = s.faults.find({idx(fx), number});
+    if (fault != s.faults.end()) {
+        c.faulted = true;
+        s.faults.erase(fault);
+    }
+    // Logged before the behaviour runs, so that calls made from inside it
+    // (a dialog calling its handler) follow the call that caused them.
+    size_t at = s.log.size();
+    if (s.logging) s.log.push_back(c);
+    if (!c.faulted) {
+        if (s.handlers[idx(fx)]) c.result = s.handlers[idx(fx)](c);
+        else c.result = s.results[idx(fx)];
+    }
+    if (s.logging && at < s.log.size()) s.log[at].result = c.result;
+    return c.result;
+}
+
+}  // namespace hostsim
