@@ -43,3 +43,21 @@ function(capochords_no_undefined target)
     endif()
   endif()
 endfunction()
+
+# Copies resources/<lang>.lproj/* and resources/*.dlg into a bundle target's
+# Contents/Resources, and keeps them up to date.
+function(capochords_copy_resources target)
+  get_target_property(bundle_dir ${target} CAPOCHORDS_BUNDLE_DIR)
+  set(src ${PROJECT_SOURCE_DIR}/resources)
+  file(GLOB_RECURSE resources CONFIGURE_DEPENDS RELATIVE ${src}
+    ${src}/*.lproj/* ${src}/*.dlg)
+  set(copied)
+  foreach(res IN LISTS resources)
+    add_custom_command(OUTPUT ${bundle_dir}/Contents/Resources/${res}
+      COMMAND ${CMAKE_COMMAND} -E copy ${src}/${res} ${bundle_dir}/Contents/Resources/${res}
+      DEPENDS ${src}/${res})
+    list(APPEND copied ${bundle_dir}/Contents/Resources/${res})
+  endforeach()
+  add_custom_target(${target}_resources ALL DEPENDS ${copied})
+  add_dependencies(${target} ${target}_resources)
+endfunction()

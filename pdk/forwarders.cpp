@@ -1,10 +1,6 @@
 // The forwarders. Each binds its host function once, by its own name, and
-// keeps the address, or null, for the life of the process. The cache is a
-// function-local static: the compiler's guard makes the lookup happen once,
-// lets concurrent first callers wait, and, should the lookup end by an
-// exception, leaves the cache unset so that the next call tries again. After
-// the first call a forwarder costs one test of the guard, one test of the
-// address and one indirect call.
+// keeps the address, or null, for the life of the process (forwarders.h).
+// Those with a step of their own are written out below.
 #include "forwarders.h"
 
 #include <cstring>
@@ -17,11 +13,7 @@ const char FxBlankPartName[] = " ";
 }
 
 #define FX_FORWARD_PLAIN(result, name, params, args, missing)                                \
-    extern "C" FX_RT_##result name params {                                                  \
-        FX_BIND(name);                                                                       \
-        if (!host) return static_cast<FX_RT_##result>(missing);                              \
-        return fx_result_##result(host args);                                                \
-    }
+    extern "C" FX_RT_##result name params { return fxcall_##name args; }
 #define FX_FORWARD_STEP(result, name, params, args, missing)
 #define FX_ENTRY(result, name, params, args, kinds, missing, step)                           \
     FX_FORWARD_##step(result, name, params, args, missing)
@@ -33,40 +25,34 @@ const char FxBlankPartName[] = " ";
 
 extern "C" int32_t FX_StartZemloEdit(void* a1, uint32_t ver) {
     ++ZemloEditDepth;
-    FX_BIND(FX_StartZemloEdit);
-    return host ? host(a1, ver) : 0;
+    return fxcall_FX_StartZemloEdit(a1, ver);
 }
 
 extern "C" int32_t FX_StartZemloEdit_UTF16(void* a1, uint32_t ver) {
     ++ZemloEditDepth;
-    FX_BIND(FX_StartZemloEdit_UTF16);
-    return host ? host(a1, ver) : 0;
+    return fxcall_FX_StartZemloEdit_UTF16(a1, ver);
 }
 
 extern "C" int16_t FX_EndZemloEdit(uint32_t ver) {
     if (ZemloEditDepth < 1) return 1;  // nothing open: the host is not even looked up
     --ZemloEditDepth;
-    FX_BIND(FX_EndZemloEdit);
-    return host ? host(ver) : 0;
+    return fxcall_FX_EndZemloEdit(ver);
 }
 
 extern "C" void FX_CancelZemloEdit(uint32_t ver) {
     if (ZemloEditDepth <= 0) return;
     --ZemloEditDepth;
-    FX_BIND(FX_CancelZemloEdit);
-    if (host) host(ver);
+    fxcall_FX_CancelZemloEdit(ver);
 }
 
 extern "C" void* FX_StartMassEdit(void* a1, int32_t a2, uint32_t ver) {
     ++MassEditDepth;
-    FX_BIND(FX_StartMassEdit);
-    return host ? host(a1, a2, ver) : nullptr;
+    return fxcall_FX_StartMassEdit(a1, a2, ver);
 }
 
 extern "C" void FX_EndMassEdit(void* a1, int16_t a2, uint32_t ver) {
     --MassEditDepth;  // no lower bound
-    FX_BIND(FX_EndMassEdit);
-    if (host) host(a1, a2, ver);
+    fxcall_FX_EndMassEdit(a1, a2, ver);
 }
 
 /* Frames: counted whether or not the host has the function or succeeds. */
@@ -74,21 +60,19 @@ extern "C" void FX_EndMassEdit(void* a1, int16_t a2, uint32_t ver) {
 extern "C" void* FX_LoadTGF(uint16_t a1, int16_t a2, int16_t a3, int16_t a4, int16_t a5,
                             uint32_t ver) {
     ++LoadedTGFCounter;
-    FX_BIND(FX_LoadTGF);
-    return host ? host(a1, a2, a3, a4, a5, ver) : nullptr;
+    return fxcall_FX_LoadTGF(a1, a2, a3, a4, a5, ver);
 }
 
 extern "C" void* FX_FreeTGF(void* a1, uint32_t ver) {
     --LoadedTGFCounter;
-    FX_BIND(FX_FreeTGF);
-    return host ? host(a1, ver) : nullptr;
+    return fxcall_FX_FreeTGF(a1, ver);
 }
 
 /* Fixed answers that are more than a value. */
 
 extern "C" void FX_GetTextMetrics_UTF16(void* a1, void* a2, int32_t a3, double a4, void* a5,
                                         uint32_t ver) {
-    FX_BIND(FX_GetTextMetrics_UTF16);
+    FxHost_FX_GetTextMetrics_UTF16 host = fxhost_FX_GetTextMetrics_UTF16();
     if (host) {
         host(a1, a2, a3, a4, a5, ver);
     } else if (a5) {
@@ -98,6 +82,6 @@ extern "C" void FX_GetTextMetrics_UTF16(void* a1, void* a2, int32_t a3, double a
 }
 
 extern "C" void* FX_GetPartName(int16_t a1, uint32_t ver) {
-    FX_BIND(FX_GetPartName);
+    FxHost_FX_GetPartName host = fxhost_FX_GetPartName();
     return host ? host(a1, ver) : FX_BLANK_PART_NAME;
 }

@@ -60,7 +60,9 @@ Plugin::Plugin(const std::string& bundlePath, bool freshCopy) : bundle_(bundlePa
 }
 
 Plugin::~Plugin() {
-    if (handle_) dlclose(handle_);
+    // The image stays loaded, as with the real host, which never unloads a
+    // plug-in: what it keeps for the process (bundles, strings) stays
+    // reachable. A fresh copy's files may go; its mapping stays valid.
     if (!tempDir_.empty()) {
         std::error_code ec;
         fs::remove_all(tempDir_, ec);
