@@ -54,6 +54,9 @@ CFStringRef makeString(std::u16string units);
 const std::u16string& units(CFStringRef s);
 std::string utf8(CFStringRef s);  // lossy only for unpaired surrogates ('?')
 
+// Core Foundation's formatting (cfformat.cpp): null for a format it refuses.
+CFStringRef formatString(CFStringRef format, va_list arguments);
+
 // A plist dictionary flattened to its string-valued top-level keys.
 using InfoDictionary = std::map<std::string, std::string>;
 // Reads the XML property list form; an unreadable file gives an empty dictionary.
