@@ -31,7 +31,7 @@ template <hostsim::Fx F> struct Caller {
 #define FX_ENTRY(result, name, params, args, kinds, missing, step)                           \
     static uint64_t fximpl_##name params { return Caller<hostsim::Fx::name>::call args; }    \
     extern "C" {                                                                             \
-    static decltype(&fximpl_##name) fxres_##name(void) {                                     \
+    decltype(&fximpl_##name) fxres_##name(void) {                                           \
         return hostsim::resolve(hostsim::Fx::name) ? &fximpl_##name : nullptr;               \
     }                                                                                        \
     }                                                                                        \
