@@ -13,6 +13,10 @@ namespace hostsim {
 uint64_t dispatch(Fx fx, const uint64_t* args, size_t n);
 // Called by the resolver at every lookup: counts it, answers presence.
 bool resolve(Fx fx);
+// The document store (docstore.cpp): which functions it serves when no result
+// or behaviour is programmed, and its return to an empty document.
+bool servedByDocument(Fx fx);
+void resetDocument();
 
 }  // namespace hostsim
 

@@ -1,6 +1,7 @@
 // State of the simulated host: presence, programmed results, behaviours,
 // scheduled faults and the call log.
 #include "engine.h"
+#include "hostsim/document.h"
 
 #include <array>
 #include <map>
@@ -12,6 +13,7 @@ struct State {
     std::array<bool, kFxCount> present;
     std::array<int, kFxCount> lookups{};
     std::array<uint64_t, kFxCount> results{};
+    std::array<bool, kFxCount> programmed{};  // a result was set: it wins over the document
     std::array<size_t, kFxCount> counts{};
     std::array<Handler, kFxCount> handlers;
     std::map<std::pair<int, size_t>, bool> faults;  // (fx, call number) to fail
@@ -79,18 +81,23 @@ void reset() {
     s.present.fill(true);
     s.lookups.fill(0);
     s.results.fill(0);
+    s.programmed.fill(false);
     s.counts.fill(0);
     for (auto& h : s.handlers) h = nullptr;
     s.faults.clear();
     s.log.clear();
     s.logging = true;
+    resetDocument();
 }
 
 void setPresent(Fx fx, bool present) { state().present[idx(fx)] = present; }
 void setAllPresent(bool present) { state().present.fill(present); }
 bool isPresent(Fx fx) { return state().present[idx(fx)]; }
 int lookups(Fx fx) { return state().lookups[idx(fx)]; }
-void setResult(Fx fx, uint64_t raw) { state().results[idx(fx)] = raw; }
+void setResult(Fx fx, uint64_t raw) {
+    state().results[idx(fx)] = raw;
+    state().programmed[idx(fx)] = true;
+}
 void setHandler(Fx fx, Handler h) { state().handlers[idx(fx)] = std::move(h); }
 
 void failCall(Fx fx, int k) {
@@ -126,6 +133,7 @@ uint64_t dispatch(Fx fx, const uint64_t* args, size_t n) {
     if (s.logging) s.log.push_back(c);
     if (!c.faulted) {
         if (s.handlers[idx(fx)]) c.result = s.handlers[idx(fx)](c);
+        else if (!s.programmed[idx(fx)] && servedByDocument(fx)) c.result = doc::serve(c);
         else c.result = s.results[idx(fx)];
     }
     if (s.logging && at < s.log.size()) s.log[at].result = c.result;

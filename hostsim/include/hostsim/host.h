@@ -55,7 +55,7 @@ struct Call {
 using Handler = std::function<uint64_t(Call&)>;
 
 // Everything back to a fresh host: all functions present, no results, no
-// handlers, no faults, empty log.
+// handlers, no faults, empty log, empty document (document.h).
 HOSTSIM_API void reset();
 
 HOSTSIM_API void setPresent(Fx fx, bool present);
@@ -64,6 +64,8 @@ HOSTSIM_API bool isPresent(Fx fx);
 // How many times the plug-in looked the name up (one per dlsym).
 HOSTSIM_API int lookups(Fx fx);
 
+// A programmed result or a behaviour replaces the document store's own
+// behaviour for the functions it serves (document.h).
 HOSTSIM_API void setResult(Fx fx, uint64_t raw);
 HOSTSIM_API void setHandler(Fx fx, Handler h);
 // The k-th call of fx from now on (1 = the next) fails: it answers 0 (null,
