@@ -2,6 +2,7 @@
 // keeps the address, or null, for the life of the process (forwarders.h).
 // Those with a step of their own are written out below.
 #include "forwarders.h"
+#include "frames.h"
 
 #include <cstring>
 
@@ -9,6 +10,7 @@ extern "C" {
 FX_EXPORT int32_t ZemloEditDepth = 0;
 FX_EXPORT int32_t MassEditDepth = 0;
 FX_EXPORT int32_t LoadedTGFCounter = 0;
+FX_EXPORT uint8_t CanAddNoteRecordToRests = 1;  // frames.h; here so the image always holds it
 const char FxBlankPartName[] = " ";
 }
 

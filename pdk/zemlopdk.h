@@ -55,6 +55,10 @@ struct EDataID {
 };
 static_assert(sizeof(EDataID) == 6, "host identifier is three 16-bit numbers");
 
+/* Adjusts tag and stamp to the running host before a document-data call
+   (not delete). */
+void HandleOrvexVersion(int32_t& tag, uint32_t& ver, int32_t size);
+
 /* Counters of the host call layer, exported for the host. */
 extern "C" {
 FX_EXPORT extern int32_t ZemloEditDepth;   /* edits opened and not yet ended */

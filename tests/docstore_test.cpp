@@ -1,0 +1,229 @@
+// The simulated host's document store, reached through the plug-in's own
+// forwarders as the command will reach it: the host's numbering rules per
+// kind, sizes in units, loads that never write past the capacity, frames
+// behind guard bytes, and the log and snapshots that later suites build on.
+#include "records.h"
+
+#include <string>
+
+using hostsim::Fx;
+using hostsim::doc::Op;
+using hostsim::doc::RecordId;
+using testing_support::Guarded;
+
+namespace doc = hostsim::doc;
+
+namespace {
+
+const auto* const kEnvironment = ::testing::AddGlobalTestEnvironment(new testing_support::BoundToEngine);
+
+class Store : public ::testing::Test {
+  protected:
+    void SetUp() override { hostsim::reset(); }
+    void TearDown() override { hostsim::reset(); }
+};
+
+std::vector<uint8_t> chord(uint8_t mark) { return std::vector<uint8_t>(30, mark); }
+
+int16_t save(uint32_t tag, EDataID id, const std::vector<uint8_t>& b) {
+    std::vector<uint8_t> copy = b;
+    return FX_SaveEData(static_cast<int32_t>(tag), &id, copy.data(), static_cast<int32_t>(copy.size()),
+                        FXT_VERSION);
+}
+
+// Marks of the chord records of one staff-measure, in index order.
+std::vector<uint8_t> marks(int16_t staff, int16_t measure) {
+    std::vector<uint8_t> out;
+    for (const RecordId& id : doc::list(doc::kChord)) {
+        if (id.first != staff || id.second != measure) continue;
+        EXPECT_EQ(id.third, static_cast<int16_t>(out.size())) << "a gap in the numbering";
+        out.push_back((*doc::get(doc::kChord, id))[0]);
+    }
+    return out;
+}
+
+TEST_F(Store, IndexedKindsAreNumberedWithoutGaps) {
+    EXPECT_EQ(save(doc::kChord, {3, 7, 0}, chord(0xA0)), 1);
+    EXPECT_EQ(save(doc::kChord, {3, 7, 1}, chord(0xA1)), 1) << "the first free index appends";
+    EXPECT_EQ(save(doc::kChord, {3, 7, 3}, chord(0xA3)), 0) << "beyond the first free index";
+    EXPECT_EQ(save(doc::kChord, {3, 7, -1}, chord(0xAF)), 0);
+    EXPECT_EQ(save(doc::kChord, {3, 7, 2}, chord(0xA2)), 1);
+    EXPECT_EQ(save(doc::kChord, {3, 7, 1}, chord(0xB1)), 1) << "replaces in place";
+    EXPECT_EQ(marks(3, 7), (std::vector<uint8_t>{0xA0, 0xB1, 0xA2}));
+    EXPECT_EQ(save(doc::kChord, {3, 8, 0}, chord(0xC0)), 1) << "another measure numbers anew";
+
+    EDataID one{3, 7, 1};
+    EXPECT_EQ(FX_DeleteEData(static_cast<int32_t>(doc::kChord), &one, FXT_VERSION), 1);
+    EXPECT_EQ(marks(3, 7), (std::vector<uint8_t>{0xA0, 0xA2})) << "later ones move down";
+    EXPECT_EQ(FX_DeleteEData(static_cast<int32_t>(doc::kChord), &one, FXT_VERSION), 1);
+    EXPECT_EQ(FX_DeleteEData(static_cast<int32_t>(doc::kChord), &one, FXT_VERSION), 0);
+    EXPECT_EQ(marks(3, 8), (std::vector<uint8_t>{0xC0}));
+
+    // A create with -1 appends and says where.
+    std::vector<uint8_t> text(10, 0x11);
+    EDataID fresh{3, 7, -1};
+    for (int16_t expect : {0, 1}) {
+        fresh.third = -1;
+        EXPECT_EQ(FX_CreateEData(static_cast<int32_t>(doc::kMeasureText), &fresh, text.data(), 10,
+                                 FXT_VERSION),
+                  1);
+        EXPECT_EQ(fresh.third, expect);
+        EXPECT_EQ(fresh.first, 3);
+        EXPECT_EQ(fresh.second, 7);
+    }
+}
+
+TEST_F(Store, AssignedKindsKeepTheirNumbersOnDelete) {
+    std::vector<uint8_t> block(30, 0x22);
+    std::vector<int16_t> got;
+    for (int i = 0; i < 3; ++i) {
+        EDataID id{-1, -1, 0};  // the text block's creation passes -1 twice
+        ASSERT_EQ(FX_CreateEData(static_cast<int32_t>(doc::kTextBlock), &id, block.data(), 30,
+                                 FXT_VERSION),
+                  1);
+        got.push_back(id.first);
+    }
+    EXPECT_EQ(got, (std::vector<int16_t>{1, 2, 3}));
+    EDataID two{2, 0, 0};
+    EXPECT_EQ(FX_DeleteEData(static_cast<int32_t>(doc::kTextBlock), &two, FXT_VERSION), 1);
+    EXPECT_TRUE(doc::get(doc::kTextBlock, {3, 0, 0})) << "3 stays 3";
+    EXPECT_FALSE(doc::get(doc::kTextBlock, {2, 0, 0}));
+    EXPECT_EQ(save(doc::kTextBlock, {2, 0, 0}, block), 0) << "a save needs the record";
+    EXPECT_EQ(save(doc::kTextBlock, {3, 9, 9}, block), 1) << "addressed by the first number alone";
+}
+
+TEST_F(Store, RawTextsAreSizedInUnitsAndLoadsStopAtTheCapacity) {
+    const std::u16string text = u"^font(x)capo 2";
+    EDataID id{-1, 0, 0};
+    std::u16string copy = text;
+    ASSERT_EQ(FX_CreateEData(static_cast<int32_t>(doc::kRawText), &id, &copy[0],
+                             static_cast<int32_t>(text.size()), FXT_VERSION),
+              1);
+    EXPECT_EQ(id.first, 1);
+    EXPECT_EQ(doc::getText(doc::kRawText, {1, 0, 0}), text);
+
+    for (int32_t capacity : {0, 5, 14, 256}) {
+        Guarded buf(static_cast<size_t>(capacity) * 2 + 2, 0xEE);
+        int32_t size = capacity;
+        EDataID at{1, 0, 0};
+        ASSERT_EQ(FX_LoadEData(static_cast<int32_t>(doc::kRawText), &at, buf.data(), &size, FXT_VERSION), 1);
+        EXPECT_EQ(size, 14) << "the record's size in units";
+        const size_t copied = std::min<size_t>(static_cast<size_t>(capacity), 14);
+        EXPECT_EQ(std::memcmp(buf.data(), text.data(), copied * 2), 0);
+        for (size_t i = copied * 2; i < buf.size(); ++i) ASSERT_EQ(buf.data()[i], 0xEE) << capacity;
+        EXPECT_TRUE(buf.intact());
+    }
+}
+
+TEST_F(Store, LoadOfAMissingRecordFailsAndLeavesTheBufferAlone) {
+    doc::put(doc::kMeasure, {4, 0, 0}, std::vector<uint8_t>(30, 0x44));
+    for (EDataID id : {EDataID{5, 0, 0}, EDataID{-1, 0, 0}}) {
+        Guarded buf(30, 0xEE);
+        int32_t size = 30;
+        EXPECT_EQ(FX_LoadEData(static_cast<int32_t>(doc::kMeasure), &id, buf.data(), &size, FXT_VERSION), 0);
+        EXPECT_EQ(buf.bytes(), std::vector<uint8_t>(30, 0xEE));
+        EXPECT_EQ(size, 30);
+    }
+    Guarded buf(30);
+    int32_t size = 30;
+    EDataID four{4, 0, 0};
+    EXPECT_EQ(FX_LoadEData(static_cast<int32_t>(doc::kMeasure), &four, buf.data(), &size, FXT_VERSION), 1);
+    EXPECT_EQ(buf.bytes(), std::vector<uint8_t>(30, 0x44));
+}
+
+TEST_F(Store, PlainKindsStoreOnSaveAndRefuseACreateOverARecord) {
+    std::vector<uint8_t> name(1036, 0x33);
+    EDataID font{7, 0, 0};
+    EXPECT_EQ(FX_CreateEData(static_cast<int32_t>(doc::kFontName), &font, name.data(), 1036, FXT_VERSION), 1);
+    EXPECT_EQ(FX_CreateEData(static_cast<int32_t>(doc::kFontName), &font, name.data(), 1036, FXT_VERSION), 0);
+    EXPECT_EQ(save(doc::kMeasure, {9, 0, 0}, std::vector<uint8_t>(30, 1)), 1);
+    EXPECT_EQ(save(doc::kMeasure, {9, 0, 0}, std::vector<uint8_t>(30, 2)), 1);
+    EXPECT_EQ((*doc::get(doc::kMeasure, {9, 0, 0}))[0], 2);
+    EXPECT_EQ(doc::list(doc::kMeasure).size(), 1u);
+    // Element records ignore the third number, which the layer does not set.
+    doc::put(doc::elementTag('2', '1'), {-2, 0, 0}, std::vector<uint8_t>(12, 9));
+    EXPECT_TRUE(doc::get(doc::elementTag('2', '1'), {-2, 0, 1234}));
+}
+
+TEST_F(Store, PreviousAndNextWalkAKindAndSayWhereTheyAre) {
+    for (int16_t i = 0; i < 3; ++i) doc::put(doc::kFontName, {i, 0, 0}, std::vector<uint8_t>(4, static_cast<uint8_t>(i + 1)));
+    doc::put(doc::kMeasure, {0, 0, 0}, std::vector<uint8_t>(4, 0x77));  // another kind, not met
+    std::vector<uint8_t> seen;
+    EDataID id{-1, 0, 0};
+    uint8_t buf[4];
+    while (FX_NextEData(static_cast<int32_t>(doc::kFontName), &id, buf, 4, FXT_VERSION)) seen.push_back(buf[0]);
+    EXPECT_EQ(seen, (std::vector<uint8_t>{1, 2, 3}));
+    EXPECT_EQ(id.first, 2);
+    ASSERT_EQ(FX_PreviousEData(static_cast<int32_t>(doc::kFontName), &id, buf, 4, FXT_VERSION), 1);
+    EXPECT_EQ(id.first, 1);
+    EXPECT_EQ(buf[0], 2);
+}
+
+TEST_F(Store, EveryCallIsLoggedAndTheDocumentComparesByteForByte) {
+    doc::put(doc::kChord, {1, 1, 0}, chord(1));
+    const doc::Document before = doc::snapshot();
+    EXPECT_EQ(save(doc::kChord, {1, 1, 1}, chord(2)), 1);
+    EXPECT_EQ(save(doc::kChord, {1, 1, 5}, chord(3)), 0);
+    const doc::Document after = doc::snapshot();
+    EXPECT_NE(before, after);
+    EXPECT_EQ(doc::difference(before, after), "SDCh (1, 1, 1): only in the second");
+    ASSERT_EQ(doc::ops().size(), 2u);
+    EXPECT_TRUE(doc::ops()[0].ok);
+    EXPECT_FALSE(doc::ops()[1].ok);
+    EXPECT_EQ(doc::ops()[1].id.third, 5);
+    EXPECT_EQ(doc::countOps(Op::Save, doc::kChord), 2u);
+    doc::restore(before);
+    EXPECT_EQ(doc::snapshot(), before);
+    EXPECT_EQ(doc::difference(before, doc::snapshot()), "");
+    hostsim::reset();
+    EXPECT_EQ(doc::recordCount(), 0u);
+    EXPECT_TRUE(doc::ops().empty());
+}
+
+TEST_F(Store, AProgrammedResultOrBehaviourTakesTheStoresPlace) {
+    doc::put(doc::kMeasure, {1, 0, 0}, std::vector<uint8_t>(30, 5));
+    uint8_t buf[30] = {};
+    int32_t size = 30;
+    EDataID id{1, 0, 0};
+    hostsim::setResult(Fx::FX_LoadEData, 0);
+    EXPECT_EQ(FX_LoadEData(static_cast<int32_t>(doc::kMeasure), &id, buf, &size, FXT_VERSION), 0);
+    EXPECT_EQ(buf[0], 0) << "the store was not asked";
+    hostsim::reset();
+    doc::put(doc::kMeasure, {1, 0, 0}, std::vector<uint8_t>(30, 5));
+    int served = 0;
+    hostsim::setHandler(Fx::FX_LoadEData, [&](hostsim::Call& c) {
+        ++served;
+        return doc::serve(c);  // a behaviour wrapping the store's own
+    });
+    EXPECT_EQ(FX_LoadEData(static_cast<int32_t>(doc::kMeasure), &id, buf, &size, FXT_VERSION), 1);
+    EXPECT_EQ(buf[0], 5);
+    EXPECT_EQ(served, 1);
+}
+
+TEST_F(Store, FramesAreHandedOutBehindGuardsAndTakenBack) {
+    std::vector<uint8_t> entries(2 * doc::kEntryBytes, 0x10);
+    doc::putFrame({1, 2, 3, 4, 5}, entries);
+    EXPECT_EQ(FX_LoadTGF(9, 9, 9, 9, 9, FXT_VERSION), nullptr) << "no such stretch";
+    void* frame = FX_LoadTGF(1, 2, 3, 4, 5, FXT_VERSION);
+    ASSERT_NE(frame, nullptr);
+    EXPECT_EQ(doc::framesOut(), 1u);
+    uint8_t* list = nullptr;
+    int16_t count = 0;
+    std::memcpy(&list, static_cast<uint8_t*>(frame) + doc::kFrameEntriesAt, sizeof list);
+    std::memcpy(&count, static_cast<uint8_t*>(frame) + doc::kFrameCountAt, sizeof count);
+    ASSERT_EQ(count, 2);
+    list[0] = 0x99;  // host bytes of the first entry: kept as they are
+    EXPECT_NE(FX_SaveTGF(frame, FXT_VERSION), 0);
+    EXPECT_EQ((*doc::getFrame({1, 2, 3, 4, 5}))[0], 0x99);
+    EXPECT_EQ(doc::guardFaults(), 0);
+
+    // A write one byte past the entry array is caught when the frame comes back.
+    list[2 * doc::kEntryBytes] ^= 0xFF;
+    FX_FreeTGF(frame, FXT_VERSION);
+    EXPECT_EQ(doc::guardFaults(), 1);
+    EXPECT_EQ(doc::framesOut(), 0u);
+    FX_FreeTGF(frame, FXT_VERSION);
+    EXPECT_EQ(doc::foreignFrames(), 1) << "freed twice";
+}
+
+}  // namespace

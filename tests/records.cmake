@@ -1,0 +1,4 @@
+# Document data records, preference maps, frames, and the simulated host's
+# document store they run against.
+capochords_test(records_test
+  docstore_test.cpp)
