@@ -1,4 +1,5 @@
 # Document data records, preference maps, frames, and the simulated host's
 # document store they run against.
 capochords_test(records_test
-  docstore_test.cpp)
+  docstore_test.cpp
+  prefmaps_test.cpp)
