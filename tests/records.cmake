@@ -2,4 +2,6 @@
 # document store they run against.
 capochords_test(records_test
   docstore_test.cpp
-  prefmaps_test.cpp)
+  prefmaps_test.cpp
+  docdata_test.cpp
+  frames_test.cpp)

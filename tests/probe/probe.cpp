@@ -2,6 +2,8 @@
 // addresses of its internal functions by name, so that tests can drive the
 // forwarders and the binding of a freshly loaded copy.
 #include "binding.h"
+#include "frames.h"
+#include "prefmaps.h"
 #include "zemlopdk.h"
 
 #include <cstring>
@@ -27,6 +29,16 @@ const ProbeSymbol kSymbols[] = {
     {"IsZemloCFM", addr(&IsZemloCFM)},
     {"NewFF_DialogHandlerProc", addr(&NewFF_DialogHandlerProc)},
     {"DisposeFF_DialogHandlerProc", addr(&DisposeFF_DialogHandlerProc)},
+    // records and frames
+    {"HandleOrvexVersion", addr(&HandleOrvexVersion)},
+    {"mapPrefStruct", addr(&mapPrefStruct)},
+    {"mapPrefTag", addr(&mapPrefTag)},
+    {"fragmentStructLoad", addr(&fragmentStructLoad)},
+    {"fragmentStructSave", addr(&fragmentStructSave)},
+    {"makePrefsFourbyte", addr(&makePrefsFourbyte)},
+    {"makePrefsTwobytes", addr(&makePrefsTwobytes)},
+    {"CleanTGF", addr(&CleanTGF)},
+    {"CleanEXENTRY", addr(&CleanEXENTRY)},
 };
 
 }  // namespace
