@@ -1,7 +1,9 @@
 // The simulated host's document: records by tag and identifier, as the host
-// keeps them, and frames of entries handed out and taken back. The engine's
-// document-data and frame functions serve from it unless a test programs a
-// result or a behaviour of its own (host.h); hostsim::reset() empties it.
+// keeps them, and frames of entries handed out and taken back. It serves
+// FX_LoadEData, FX_SaveEData, FX_CreateEData, FX_DeleteEData,
+// FX_PreviousEData, FX_NextEData, FX_LoadTGF, FX_SaveTGF and FX_FreeTGF unless
+// a test programs a result or a behaviour of its own (host.h);
+// hostsim::reset() empties it. A load with no buffer only reports the size.
 //
 // Numbering follows the host, one rule per kind (rules()):
 //   Indexed   records of a kind within one staff-measure (first two numbers)
