@@ -71,6 +71,12 @@ TEST_F(Store, IndexedKindsAreNumberedWithoutGaps) {
         EXPECT_EQ(fresh.first, 3);
         EXPECT_EQ(fresh.second, 7);
     }
+    // A create at a taken index inserts there; beyond the end it fails.
+    EDataID front{3, 7, 0};
+    EXPECT_EQ(FX_CreateEData(static_cast<int32_t>(doc::kChord), &front, chord(0x9F).data(), 30, FXT_VERSION), 1);
+    EXPECT_EQ(marks(3, 7), (std::vector<uint8_t>{0x9F, 0xA0}));
+    EDataID far{3, 7, 9};
+    EXPECT_EQ(FX_CreateEData(static_cast<int32_t>(doc::kChord), &far, chord(0x90).data(), 30, FXT_VERSION), 0);
 }
 
 TEST_F(Store, AssignedKindsKeepTheirNumbersOnDelete) {

@@ -158,7 +158,10 @@ TEST_F(Prefs, EveryCompositeLoadsEachFieldOnceFromEachElementLoadedOnce) {
             }
 
         std::vector<ElementKey> loaded;
-        for (const auto& o : opsOf(Op::Load)) loaded.push_back(keyOf(o));
+        for (const auto& o : opsOf(Op::Load)) {
+            loaded.push_back(keyOf(o));
+            EXPECT_EQ(o.size, 12) << "the element buffer's capacity";
+        }
         EXPECT_EQ(loaded, elementsOf(c)) << "each element once, in first-named order";
         EXPECT_TRUE(opsOf(Op::Save).empty());
     }
