@@ -289,7 +289,7 @@ TEST_F(Prefs, WordsAndHalvesByConversion) {
     }
 }
 
-TEST_F(Prefs, SpecificLoadsLoadTheirElementsInOrder) {
+TEST_F(Prefs, LoadsOfRepeatPageFormatAndPlaybackNameTheirElementsInOrder) {
     const std::pair<uint32_t, std::vector<std::string>> cases[] = {
         {0x70665250, {"ot70", "ot71", "ot05", "ot72", "ot76"}},
         {0x70665046, {"ot14", "ot15", "ot39", "ot16", "ot02", "ot17", "ot01", "ot13", "ot03"}},
