@@ -63,6 +63,8 @@ using InfoDictionary = std::map<std::string, std::string>;
 InfoDictionary readInfoPlist(const std::string& path);
 // The same from text already in memory.
 InfoDictionary parseInfoPlist(const std::string& text);
+// False, with `out` empty, when the text is no well-formed property list.
+bool parseInfoPlist(const std::string& text, InfoDictionary& out);
 
 }  // namespace cfimpl
 
