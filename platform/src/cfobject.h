@@ -66,6 +66,12 @@ InfoDictionary parseInfoPlist(const std::string& text);
 // False, with `out` empty, when the text is no well-formed property list.
 bool parseInfoPlist(const std::string& text, InfoDictionary& out);
 
+// A localized string table: key text to text.
+using StringsTable = std::map<std::u16string, std::u16string>;
+// Reads a table file's bytes (stringstable.cpp). False, with `out` empty, for
+// a table that does not parse: it then serves as an empty table.
+bool parseStringsTable(const std::string& bytes, StringsTable& out);
+
 }  // namespace cfimpl
 
 #endif
