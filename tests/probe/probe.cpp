@@ -2,6 +2,7 @@
 // addresses of its internal functions by name, so that tests can drive the
 // forwarders and the binding of a freshly loaded copy.
 #include "binding.h"
+#include "resources.h"
 #include "zemlopdk.h"
 
 #include <cstring>
@@ -27,6 +28,16 @@ const ProbeSymbol kSymbols[] = {
     {"IsZemloCFM", addr(&IsZemloCFM)},
     {"NewFF_DialogHandlerProc", addr(&NewFF_DialogHandlerProc)},
     {"DisposeFF_DialogHandlerProc", addr(&DisposeFF_DialogHandlerProc)},
+    // resources
+    {"PlugIn_GetStringResource_UTF16",
+     addr(static_cast<unsigned short* (*)(int, unsigned short*, short)>(&PlugIn_GetStringResource))},
+    {"PlugIn_GetStringResource_8bit", addr(static_cast<char* (*)(int, char*, short)>(&PlugIn_GetStringResource))},
+    {"LoadIndString", addr(&LoadIndString)},
+    {"CopyPlugInStringResource", addr(&CopyPlugInStringResource)},
+    {"HardGetPString", addr(&HardGetPString)},
+    {"ptocs", addr(&ptocs)},
+    {"GetPluginBundle", addr(&GetPluginBundle)},
+    {"dlbundle", addr(&dlbundle)},
 };
 
 }  // namespace
