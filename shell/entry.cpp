@@ -28,9 +28,9 @@ FX_EXPORT int16_t ZemloExtensionInit(void*, int32_t* value) {
 }
 
 /* The one menu item sits at index 0, and negative indexes answer as 0; past
-   it the answer is 0 and the record stays as it was. Texts come from strings
-   20000 to 20002; units between a text's end and the last of its room are
-   left as the host gave them. */
+   it (or without a record) the answer is 0 and nothing is written. Texts
+   come from strings 20000 to 20002; units between a text's end and the last
+   of its room are left as the host gave them. */
 FX_EXPORT int16_t ZemloExtensionEnumerate_UTF16(void*, int16_t item, EXMENUITEM* menuItem) {
     if (item > 0 || !menuItem) return 0;
     PlugIn_GetStringResource(20000, menuItem->itemText, 128);
