@@ -1,5 +1,8 @@
 # The built bundle driven through its entry points, and zemlo-host driving it.
 capochords_test(entry_test entry_test.cpp)
+# Runs copies of zemlo-host inside made-up application layouts.
+add_dependencies(entry_test zemlo-host)
+target_compile_definitions(entry_test PRIVATE ZEMLO_HOST="$<TARGET_FILE:zemlo-host>")
 
 add_test(NAME zemlo_host_lists_the_menu_item
   COMMAND zemlo-host --lang en_US.UTF-8)

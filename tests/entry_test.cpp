@@ -7,8 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
 #include <string>
+#include <vector>
 
 using hostsim::Fx;
 using namespace testing_support;
@@ -235,5 +237,45 @@ TEST_F(Entry, HostStartUpOfTheBuiltBundle) {
     EXPECT_TRUE(again == item);
     EXPECT_EQ(hostsim::count(Fx::FX_AlertMessage), 0u);
 }
+
+// zemlo-host copied into an application layout whose Resources hold the
+// given language folders, run with the user's language set to `user`.
+struct HostLanguage {
+    const char* what;
+    std::vector<std::string> hostFolders;
+    const char* user;
+    const char* expected;
+};
+
+void PrintTo(const HostLanguage& c, std::ostream* os) { *os << c.what; }
+
+class PlugInLanguage : public ::testing::TestWithParam<HostLanguage> {};
+
+TEST_P(PlugInLanguage, FollowsTheHostApplicationWhereItHasOne) {
+    const HostLanguage& c = GetParam();
+    TempDir tmp;
+    std::string app = tmp.path() + "/Zemlo.app/Contents";
+    fs::create_directories(app + "/MacOS");
+    fs::copy_file(ZEMLO_HOST, app + "/MacOS/zemlo-host");
+    for (const std::string& l : c.hostFolders) fs::create_directories(app + "/Resources/" + l + ".lproj");
+    std::string command = "'" + app + "/MacOS/zemlo-host' --lang " + c.user + " 2>&1";
+    FILE* out = popen(command.c_str(), "r");
+    ASSERT_NE(out, nullptr);
+    std::string printed;
+    char buf[512];
+    while (size_t n = std::fread(buf, 1, sizeof buf, out)) printed.append(buf, n);
+    EXPECT_EQ(pclose(out), 0) << printed;
+    EXPECT_NE(printed.find(std::string("Menu item 0: ") + c.expected + "\n"), std::string::npos) << printed;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Hosts, PlugInLanguage,
+    ::testing::Values(HostLanguage{"HostInFrench", {"fr"}, "de_DE.UTF-8", "Accords avec capodastre\u2026"},
+                      HostLanguage{"HostWithoutLanguages", {}, "de_DE.UTF-8", "Kapodaster-Akkorde\u2026"},
+                      HostLanguage{"HostLanguageThePlugInLacks", {"ja"}, "de_DE.UTF-8",
+                                   "Kapodaster-Akkorde\u2026"},
+                      HostLanguage{"HostChoosesAmongItsOwn", {"fr", "it"}, "it_IT", "Accordi con capotasto\u2026"},
+                      HostLanguage{"UserLanguageTheHostLacks", {"fr", "en"}, "nl_NL", "Capo Chords\u2026"}),
+    [](const auto& tp) { return std::string(tp.param.what); });
 
 }  // namespace

@@ -84,6 +84,18 @@ INSTANTIATE_TEST_SUITE_P(
                       Speaking{"UnknownRegionTakesEnglish", "ja", nullptr, nullptr, "sv", u"en"}),
     [](const auto& tp) { return std::string(tp.param.what); });
 
+TEST(LanguageChoiceFallback, NothingFitsTakesTheFirstLanguageItHas) {
+    TempDir d;
+    writeFile(d.path() + "/Contents/Info.plist", infoPlist({{"CFBundleDevelopmentRegion", "sv"}}));
+    for (const char* l : {"Base", "fr", "es"})
+        writeFile(d.path() + "/Contents/Resources/" + l + ".lproj/Localizable.strings", entry("lang", l));
+    Locale locale("ja_JP");
+    CFBundleRef b = bundleAt(d.path());
+    ASSERT_NE(b, nullptr);
+    EXPECT_EQ(localized(b, "lang", nullptr), u"es");
+    CFRelease(b);
+}
+
 TEST(Localized, MissingKeysValuesAndTableNames) {
     TempDir d;
     writeFile(d.path() + "/Contents/Info.plist", infoPlist({{"CFBundleDevelopmentRegion", "en"}}));

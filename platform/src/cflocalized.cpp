@@ -85,14 +85,35 @@ std::string developmentRegion(const __CFBundle* b) {
     return it != b->info.end() && !it->second.empty() ? it->second : "en";
 }
 
-// Chosen once per bundle: the user's language among the bundle's folders,
-// else its development region, else English.
+std::string chosenLocalization(__CFBundle* b, const std::vector<std::string>& have);
+
+// The language the application itself speaks, when it has localizations:
+// a plug-in then follows it.
+std::string hostLocalization(const __CFBundle* self) {
+    CFBundleRef main = CFBundleGetMainBundle();
+    if (!main || main == self) return "";
+    std::vector<std::string> have = localizations(main->resourcesDir);
+    return have.empty() ? "" : chosenLocalization(main, have);
+}
+
+// Chosen once per bundle: the host application's language, else the user's,
+// among the bundle's folders; else its development region, else English,
+// else the first it has.
 std::string chosenLocalization(__CFBundle* b, const std::vector<std::string>& have) {
+    {
+        std::lock_guard<std::mutex> hold(b->lock);
+        if (b->localizationChosen) return b->localization;
+    }
+    std::string host = hostLocalization(b);  // outside our lock: it takes the host's
     std::lock_guard<std::mutex> hold(b->lock);
     if (!b->localizationChosen) {
-        std::string l = pick(candidates(preferredLanguage()), have);
+        std::string l = host.empty() ? "" : pick(candidates(host), have);
+        if (l.empty()) l = pick(candidates(preferredLanguage()), have);
         if (l.empty()) l = pick(candidates(developmentRegion(b)), have);
         if (l.empty()) l = pick(candidates("en"), have);
+        // Still nothing: the first language it has, as macOS does.
+        for (size_t i = 0; l.empty() && i < have.size(); ++i)
+            if (have[i] != "Base") l = have[i];
         b->localization = l;
         b->localizationChosen = true;
     }
