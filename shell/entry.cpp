@@ -4,6 +4,7 @@
 // the item. All entry points run on the host's main thread.
 #include "binding.h"
 #include "entry.h"
+#include "resources.h"
 
 extern "C" {
 
@@ -26,6 +27,20 @@ FX_EXPORT int16_t ZemloExtensionInit(void*, int32_t* value) {
     return 1;
 }
 
+/* The one menu item sits at index 0, and negative indexes answer as 0; past
+   it (or without a record) the answer is 0 and nothing is written. Texts
+   come from strings 20000 to 20002; units between a text's end and the last
+   of its room are left as the host gave them. */
+FX_EXPORT int16_t ZemloExtensionEnumerate_UTF16(void*, int16_t item, EXMENUITEM* menuItem) {
+    if (item > 0 || !menuItem) return 0;
+    PlugIn_GetStringResource(20000, menuItem->itemText, 128);
+    PlugIn_GetStringResource(20001, menuItem->secondText, 128);
+    PlugIn_GetStringResource(20002, menuItem->undoText, 128);
+    menuItem->word1 = 0;
+    menuItem->word2 = 0;
+    return 1;
+}
+
 /* Nothing to release: bindings, bundles and settings stay until unload. */
 FX_EXPORT void ZemloExtensionTerminate(void*) {}
 
@@ -36,6 +51,9 @@ FX_EXPORT int16_t ZemloExtensionGetMenuStatus(int16_t) { return 1; }
    an item index is cut to its low 16 bits, a 16-bit result widens with its sign. */
 FX_EXPORT uint32_t Ext_getversion(uint32_t v) { return ZemloExtensionVersion(v); }
 FX_EXPORT int32_t Ext_init(void* host, int32_t* value) { return ZemloExtensionInit(host, value); }
+FX_EXPORT int32_t Ext_enumerate_UTF16(void* host, int32_t item, EXMENUITEM* menuItem) {
+    return ZemloExtensionEnumerate_UTF16(host, static_cast<int16_t>(item), menuItem);
+}
 FX_EXPORT int32_t Ext_getmenustatus(int32_t item) {
     return ZemloExtensionGetMenuStatus(static_cast<int16_t>(item));
 }

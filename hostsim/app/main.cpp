@@ -1,17 +1,52 @@
 // zemlo-host: the simulated Zemlo host on the command line. Loads the
-// plug-in bundle as the real host does and reports what it learnt.
+// plug-in bundle as the real host does, drives it through its start-up
+// (main, version, init, enumeration, status, termination) and reports what
+// it learnt.
 #include "hostsim/host.h"
 #include "hostsim/plugin.h"
 
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
 namespace {
 
+// The host's menu item record. The plug-in fills the first 772 bytes; the
+// host's record is longer, and the rest must come back as it went in.
+struct MenuItemRecord {
+    uint16_t itemText[128];
+    uint16_t secondText[128];
+    uint16_t undoText[128];
+    uint16_t word1;
+    uint16_t word2;
+    uint8_t hostOnly[252];
+};
+static_assert(sizeof(MenuItemRecord) == 1024, "the host's record");
+
+// Menu items beyond this many mean a plug-in that never says "no more".
+constexpr int kMaxItems = 64;
+
 int usage() {
-    std::fprintf(stderr, "usage: zemlo-host [--bundle PATH]\n");
+    std::fprintf(stderr, "usage: zemlo-host [--bundle PATH] [--lang CODE]\n");
     return 2;
+}
+
+// A text of the record for the terminal: UTF-16 up to its zero unit, as UTF-8.
+std::string printable(const uint16_t* units, size_t room) {
+    size_t n = 0;
+    while (n < room && units[n]) ++n;
+    CFStringRef s = CFStringCreateWithCharacters(nullptr, units, static_cast<CFIndex>(n));
+    std::string out;
+    if (s) {
+        char buf[1024];
+        if (CFStringGetCString(s, buf, sizeof buf, kCFStringEncodingUTF8)) out = buf;
+        CFRelease(s);
+    }
+    return out;
 }
 
 }  // namespace
@@ -19,8 +54,16 @@ int usage() {
 int main(int argc, char** argv) {
     std::string bundle = hostsim::defaultBundlePath();
     for (int i = 1; i < argc; ++i) {
-        if (!std::strcmp(argv[i], "--bundle") && i + 1 < argc) bundle = argv[++i];
-        else return usage();
+        if (!std::strcmp(argv[i], "--bundle") && i + 1 < argc) {
+            bundle = argv[++i];
+        } else if (!std::strcmp(argv[i], "--lang") && i + 1 < argc) {
+            // The plug-in speaks the user's language, which it reads from the locale.
+            ++i;
+            setenv("LC_ALL", argv[i], 1);
+            setenv("LANG", argv[i], 1);
+        } else {
+            return usage();
+        }
     }
     hostsim::Plugin plugin(bundle);
     if (!plugin.loaded()) {
@@ -31,9 +74,17 @@ int main(int argc, char** argv) {
 
     using MainFn = int (*)(int, char**);
     using VersionFn = uint32_t (*)(uint32_t);
+    using InitFn = int16_t (*)(void*, int32_t*);
+    using EnumerateFn = int16_t (*)(void*, int16_t, MenuItemRecord*);
+    using StatusFn = int16_t (*)(int16_t);
+    using TerminateFn = void (*)(void*);
     auto pluginMain = plugin.function<MainFn>("main");
     auto version = plugin.function<VersionFn>("ZemloExtensionVersion");
-    if (!pluginMain || !version) {
+    auto init = plugin.function<InitFn>("ZemloExtensionInit");
+    auto enumerate = plugin.function<EnumerateFn>("ZemloExtensionEnumerate_UTF16");
+    auto status = plugin.function<StatusFn>("ZemloExtensionGetMenuStatus");
+    auto terminate = plugin.function<TerminateFn>("ZemloExtensionTerminate");
+    if (!pluginMain || !version || !init || !enumerate || !status || !terminate) {
         std::fprintf(stderr, "zemlo-host: the bundle lacks its entry points\n");
         return 1;
     }
@@ -42,5 +93,24 @@ int main(int argc, char** argv) {
     int ready = pluginMain(1, args);
     std::printf("Bound to the host engine: %s\n", ready ? "yes" : "no");
     std::printf("Interface version: 0x%08X\n", version(0));
-    return ready ? 0 : 1;
+    int32_t initValue = -1;
+    int16_t initialised = init(nullptr, &initValue);
+    std::printf("Initialised: %s (value %d)\n", initialised == 1 ? "yes" : "no", initValue);
+
+    int items = 0;
+    for (; items < kMaxItems; ++items) {
+        MenuItemRecord record;
+        std::memset(&record, 0, sizeof record);
+        if (!enumerate(nullptr, static_cast<int16_t>(items), &record)) break;
+        std::printf("Menu item %d: %s\n", items, printable(record.itemText, 128).c_str());
+        std::printf("  second text: %s\n", printable(record.secondText, 128).c_str());
+        std::printf("  undo text: %s\n", printable(record.undoText, 128).c_str());
+        std::printf("  status: %d\n", status(static_cast<int16_t>(items)));
+    }
+    std::printf("Menu items: %d\n", items);
+    terminate(nullptr);
+    std::printf("Terminated\n");
+    size_t alerts = hostsim::count(hostsim::Fx::FX_AlertMessage);
+    if (alerts) std::printf("Alerts shown: %zu\n", alerts);
+    return ready && initialised == 1 && items > 0 ? 0 : 1;
 }

@@ -185,8 +185,12 @@ extern "C" CFBundleRef CFBundleGetBundleWithIdentifier(CFStringRef bundleID) {
     if (CFBundleRef main = CFBundleGetMainBundle(); main && matches(main)) return main;
     {
         std::lock_guard<std::mutex> hold(cfimpl::gRegistryLock);
-        for (auto& kv : cfimpl::registry())
-            if (matches(kv.second)) return kv.second;
+        for (auto& kv : cfimpl::registry()) {
+            if (!matches(kv.second)) continue;
+            // A "Get" result outlives its creator's release, as on macOS.
+            kv.second->immortal = true;
+            return kv.second;
+        }
     }
     std::vector<std::string> images;
     dl_iterate_phdr(cfimpl::collectImage, &images);

@@ -21,6 +21,10 @@ struct __CFBundle : cfimpl::Object {
     std::mutex lock;
     // Localized string tables by table name, read once.
     std::map<std::string, std::map<std::u16string, std::u16string>> tables;
+    // The .lproj folder name (without extension) picked at the first lookup,
+    // "" when the bundle has none that fits; fixed for the bundle's life.
+    std::string localization;
+    bool localizationChosen = false;
 };
 
 namespace cfimpl {

@@ -63,6 +63,14 @@ using InfoDictionary = std::map<std::string, std::string>;
 InfoDictionary readInfoPlist(const std::string& path);
 // The same from text already in memory.
 InfoDictionary parseInfoPlist(const std::string& text);
+// False, with `out` empty, when the text is no well-formed property list.
+bool parseInfoPlist(const std::string& text, InfoDictionary& out);
+
+// A localized string table: key text to text.
+using StringsTable = std::map<std::u16string, std::u16string>;
+// Reads a table file's bytes (stringstable.cpp). False, with `out` empty, for
+// a table that does not parse: it then serves as an empty table.
+bool parseStringsTable(const std::string& bytes, StringsTable& out);
 
 }  // namespace cfimpl
 

@@ -112,3 +112,31 @@ extern "C" Boolean CFStringGetCString(CFStringRef s, char* buffer, CFIndex buffe
     std::memcpy(buffer, out.c_str(), out.size() + 1);
     return true;
 }
+
+// Strict: an unmappable character or too little room fails the whole text,
+// leaving an empty length-prefixed text behind.
+extern "C" Boolean CFStringGetPascalString(CFStringRef s, StringPtr buffer, CFIndex bufferSize,
+                                           CFStringEncoding encoding) {
+    if (!s || !buffer || bufferSize < 1 || s->units.size() > 255) return false;
+    std::string out;
+    bool ok = true;
+    if (encoding == kCFStringEncodingUTF8) {
+        ok = cfimpl::encodeUtf8(s->units, out);
+    } else if (encoding == kCFStringEncodingMacRoman || encoding == kCFStringEncodingASCII) {
+        for (size_t i = 0; ok && i < s->units.size(); ++i) {
+            char16_t c = s->units[i];
+            int b = encoding == kCFStringEncodingASCII ? (c < 0x80 ? c : -1) : cfimpl::macRomanByteFor(c);
+            ok = b >= 0;
+            out.push_back(static_cast<char>(b));
+        }
+    } else {
+        ok = false;
+    }
+    if (!ok || out.size() > 255 || static_cast<CFIndex>(out.size()) > bufferSize - 1) {
+        buffer[0] = 0;
+        return false;
+    }
+    std::memcpy(buffer + 1, out.data(), out.size());
+    buffer[0] = static_cast<unsigned char>(out.size());
+    return true;
+}

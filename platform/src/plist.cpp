@@ -88,14 +88,32 @@ class PlistParser {
         return true;
     }
 
+    // Character data up to the closing tag: entities, CDATA sections and
+    // comments, as Apple's reader takes them.
     bool textUntilClose(const char* name, std::string& out) {
-        std::string want = std::string("</") + name;
-        auto end = text_.find(want, pos_);
-        if (end == std::string::npos) return false;
-        std::string raw = text_.substr(pos_, end - pos_);
-        pos_ = end;
-        if (!unescape(raw, out)) return false;
-        return closeTag(name);
+        out.clear();
+        for (;;) {
+            if (pos_ >= text_.size()) return false;
+            if (startsWith("<![CDATA[")) {
+                auto end = text_.find("]]>", pos_ + 9);
+                if (end == std::string::npos) return false;
+                out.append(text_, pos_ + 9, end - pos_ - 9);
+                pos_ = end + 3;
+            } else if (startsWith("<!--")) {
+                if (!skipPast("-->")) return false;
+            } else if (startsWith("</")) {
+                return closeTag(name);
+            } else if (text_[pos_] == '<') {
+                return false;
+            } else {
+                auto end = text_.find('<', pos_);
+                if (end == std::string::npos) return false;
+                std::string piece;
+                if (!unescape(text_.substr(pos_, end - pos_), piece)) return false;
+                out += piece;
+                pos_ = end;
+            }
+        }
     }
 
     static void putUtf8(std::string& out, unsigned long cp) {
@@ -195,10 +213,20 @@ class PlistParser {
 
 }  // namespace
 
+bool parseInfoPlist(const std::string& text, InfoDictionary& out) {
+    out.clear();
+    // Apple's reader takes a UTF-8 byte order mark; we have no other encodings.
+    size_t bom = text.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
+    std::string body = text.substr(bom);
+    PlistParser p(body);
+    if (p.parse(out)) return true;
+    out.clear();
+    return false;
+}
+
 InfoDictionary parseInfoPlist(const std::string& text) {
     InfoDictionary d;
-    PlistParser p(text);
-    if (!p.parse(d)) d.clear();
+    parseInfoPlist(text, d);
     return d;
 }
 

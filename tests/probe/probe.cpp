@@ -4,6 +4,7 @@
 #include "binding.h"
 #include "frames.h"
 #include "prefmaps.h"
+#include "resources.h"
 #include "zemlopdk.h"
 
 #include <cstring>
@@ -39,6 +40,16 @@ const ProbeSymbol kSymbols[] = {
     {"makePrefsTwobytes", addr(&makePrefsTwobytes)},
     {"CleanTGF", addr(&CleanTGF)},
     {"CleanEXENTRY", addr(&CleanEXENTRY)},
+    // resources
+    {"PlugIn_GetStringResource_UTF16",
+     addr(static_cast<unsigned short* (*)(int, unsigned short*, short)>(&PlugIn_GetStringResource))},
+    {"PlugIn_GetStringResource_8bit", addr(static_cast<char* (*)(int, char*, short)>(&PlugIn_GetStringResource))},
+    {"LoadIndString", addr(&LoadIndString)},
+    {"CopyPlugInStringResource", addr(&CopyPlugInStringResource)},
+    {"HardGetPString", addr(&HardGetPString)},
+    {"ptocs", addr(&ptocs)},
+    {"GetPluginBundle", addr(&GetPluginBundle)},
+    {"dlbundle", addr(&dlbundle)},
 };
 
 }  // namespace

@@ -1,0 +1,3 @@
+# The readers of string tables and Info.plist, on any bytes.
+capochords_fuzz(stringstable_fuzz stringstable_fuzz.cpp)
+target_include_directories(stringstable_fuzz PRIVATE ${PROJECT_SOURCE_DIR}/platform/src)

@@ -1,0 +1,281 @@
+// The built plug-in bundle driven through its exported entry points, as the
+// host drives it: main, version, init, enumeration, status, termination.
+#include "bundles.h"
+#include "hostsim/host.h"
+#include "hostsim/plugin.h"
+#include "zemlopdk.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+using hostsim::Fx;
+using namespace testing_support;
+
+namespace {
+
+using MainFn = int (*)(int, char**);
+using VersionFn = uint32_t (*)(uint32_t);
+using InitFn = int16_t (*)(void*, int32_t*);
+using ExtInitFn = int32_t (*)(void*, int32_t*);
+using EnumerateFn = int16_t (*)(void*, int16_t, void*);
+using ExtEnumerateFn = int32_t (*)(void*, int32_t, void*);
+using StatusFn = int16_t (*)(int16_t);
+using ExtStatusFn = int32_t (*)(int32_t);
+using TerminateFn = void (*)(void*);
+
+// The host's menu item record: longer than the 772 bytes the plug-in fills.
+constexpr size_t kRecord = 1024;
+constexpr uint8_t kFill = 0xAB;
+
+struct Record {
+    alignas(8) uint8_t bytes[kRecord];
+    Record() { std::memset(bytes, kFill, sizeof bytes); }
+    uint16_t unit(size_t field, size_t i) const {
+        uint16_t u;
+        std::memcpy(&u, bytes + field * 256 + i * 2, 2);
+        return u;
+    }
+    std::u16string text(size_t field) const {
+        std::u16string s;
+        for (size_t i = 0; i < 128 && unit(field, i); ++i) s.push_back(unit(field, i));
+        return s;
+    }
+    bool operator==(const Record& o) const { return std::memcmp(bytes, o.bytes, sizeof bytes) == 0; }
+};
+
+// A field holds its text, a zero unit, the host's units untouched up to the
+// last of its room, and a zero there.
+void expectField(const Record& r, size_t field, const std::u16string& text) {
+    SCOPED_TRACE("field at byte " + std::to_string(field * 256));
+    size_t n = std::min<size_t>(text.size(), 127);
+    EXPECT_EQ(r.text(field), text.substr(0, n));
+    EXPECT_EQ(r.unit(field, n), 0);
+    for (size_t i = n + 1; i < 127; ++i) ASSERT_EQ(r.unit(field, i), 0xABAB) << "unit " << i;
+    EXPECT_EQ(r.unit(field, 127), 0);
+}
+
+void expectFilled(const Record& r, const std::u16string& item, const std::u16string& second,
+                  const std::u16string& undo) {
+    expectField(r, 0, item);
+    expectField(r, 1, second);
+    expectField(r, 2, undo);
+    EXPECT_EQ(r.bytes[768], 0);
+    EXPECT_EQ(r.bytes[769], 0);
+    EXPECT_EQ(r.bytes[770], 0);
+    EXPECT_EQ(r.bytes[771], 0);
+    for (size_t i = 772; i < kRecord; ++i) ASSERT_EQ(r.bytes[i], kFill) << "byte " << i << " is the host's";
+}
+
+class Entry : public ::testing::Test {
+  protected:
+    void SetUp() override { hostsim::reset(); }
+    void TearDown() override { hostsim::reset(); }
+
+    // The built bundle, or a copy of it whose only table is `table`.
+    void load(const std::string& table = "", bool withTable = true) {
+        std::string bundle = CAPOCHORDS_BUNDLE;
+        if (!table.empty() || !withTable) {
+            bundle = copyBundleWithoutTables(CAPOCHORDS_BUNDLE, tmp_.path());
+            if (withTable) putTable(bundle, "en", table);
+        }
+        plugin_ = std::make_unique<hostsim::Plugin>(bundle, /*freshCopy=*/true);
+        ASSERT_TRUE(plugin_->loaded()) << plugin_->error();
+    }
+    template <class F> F fn(const char* name) {
+        F f = plugin_->function<F>(name);
+        EXPECT_NE(f, nullptr) << name << " is not exported";
+        return f;
+    }
+    int bind() {
+        char arg0[] = "Zemlo";
+        char* argv[] = {arg0, nullptr};
+        return fn<MainFn>("main")(1, argv);
+    }
+
+    Locale english_{"en_US.UTF-8"};
+    TempDir tmp_;
+    std::unique_ptr<hostsim::Plugin> plugin_;
+};
+
+const std::string kMenuTable = entry("20000", "Capo Chords") + entry("20001", "Second") + entry("20002", "Undo Capo");
+
+// Index 0 and every index below it describe the one item; above it there is
+// nothing and the record stays as the host gave it.
+TEST_F(Entry, EnumerationAtZeroAndBelowFillsAboveAnswersNothing) {
+    load(kMenuTable);
+    ASSERT_EQ(bind(), 1);
+    auto enumerate = fn<EnumerateFn>("ZemloExtensionEnumerate_UTF16");
+    for (int16_t index : {0, -1, -32768}) {
+        SCOPED_TRACE(index);
+        Record r;
+        EXPECT_EQ(enumerate(nullptr, index, r.bytes), 1);
+        expectFilled(r, u"Capo Chords", u"Second", u"Undo Capo");
+    }
+    for (int16_t index : {1, 2, 32767}) {
+        SCOPED_TRACE(index);
+        Record r;
+        EXPECT_EQ(enumerate(nullptr, index, r.bytes), 0);
+        EXPECT_TRUE(r == Record()) << "record touched";
+    }
+    EXPECT_EQ(enumerate(nullptr, 0, nullptr), 0) << "no record to fill";
+    EXPECT_EQ(hostsim::count(Fx::FX_AlertMessage), 0u);
+}
+
+// The wrapper keeps only the low 16 bits of the index, read with their sign.
+TEST_F(Entry, WrapperCutsTheIndexToSixteenBits) {
+    load(kMenuTable);
+    ASSERT_EQ(bind(), 1);
+    auto enumerate = fn<ExtEnumerateFn>("Ext_enumerate_UTF16");
+    struct {
+        int32_t index;
+        int32_t result;
+    } cases[] = {{0, 1},      {65535, 1},      {65536, 1},  {65537, 0},          {-1, 1},
+                 {1, 0},      {-65536, 1},     {131073, 0}, {0x7FFFFFFF, 1},     {INT32_MIN, 1},
+                 {32767, 0},  {32768, 1},      {98303, 0}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.index);
+        Record r;
+        EXPECT_EQ(enumerate(nullptr, c.index, r.bytes), c.result);
+        if (c.result) expectFilled(r, u"Capo Chords", u"Second", u"Undo Capo");
+        else EXPECT_TRUE(r == Record()) << "record touched";
+    }
+}
+
+TEST_F(Entry, LongMenuTextIsCutAndTheNextFieldStaysIntact) {
+    std::string longText(200, 'C');
+    load(entry("20000", longText) + entry("20001", "Second") + entry("20002", "Undo Capo"));
+    Record r;
+    EXPECT_EQ(fn<EnumerateFn>("ZemloExtensionEnumerate_UTF16")(nullptr, 0, r.bytes), 1);
+    EXPECT_EQ(r.text(0), std::u16string(127, u'C'));
+    EXPECT_EQ(r.unit(0, 127), 0);
+    expectField(r, 1, u"Second");
+}
+
+// Without a table the fields hold the numbers and each text alerts.
+TEST_F(Entry, EnumerationWithoutTableShowsTheNumbers) {
+    load("", /*withTable=*/false);
+    ASSERT_EQ(bind(), 1);
+    Record r;
+    EXPECT_EQ(fn<EnumerateFn>("ZemloExtensionEnumerate_UTF16")(nullptr, 0, r.bytes), 1);
+    expectFilled(r, u"20000", u"20001", u"20002");
+    EXPECT_EQ(hostsim::count(Fx::FX_AlertMessage), 3u);
+}
+
+TEST_F(Entry, InitClearsTheHostsValue) {
+    load();
+    auto init = fn<InitFn>("ZemloExtensionInit");
+    auto extInit = fn<ExtInitFn>("Ext_init");
+    for (int32_t before : {0x12345678, -1, 0, INT32_MIN}) {
+        int32_t v = before;
+        EXPECT_EQ(init(nullptr, &v), 1);
+        EXPECT_EQ(v, 0) << before;
+        v = before;
+        EXPECT_EQ(extInit(nullptr, &v), 1);
+        EXPECT_EQ(v, 0) << before;
+    }
+    EXPECT_EQ(init(nullptr, nullptr), 1);
+}
+
+TEST_F(Entry, VersionAndStatusWhateverIsAsked) {
+    load();
+    auto version = fn<VersionFn>("ZemloExtensionVersion");
+    auto extVersion = fn<VersionFn>("Ext_getversion");
+    for (uint32_t asked : {0u, 1u, 0x19500000u, 0x20000000u, 0xFFFFFFFFu}) {
+        EXPECT_EQ(version(asked), 0x19500000u) << asked;
+        EXPECT_EQ(extVersion(asked), 0x19500000u) << asked;
+    }
+    auto status = fn<StatusFn>("ZemloExtensionGetMenuStatus");
+    auto extStatus = fn<ExtStatusFn>("Ext_getmenustatus");
+    for (int16_t item : {-32768, -1, 0, 1, 32767}) EXPECT_EQ(status(item), 1) << item;
+    for (int32_t item : {-1, 0, 65536, 65537, INT32_MAX, INT32_MIN}) EXPECT_EQ(extStatus(item), 1) << item;
+}
+
+// A host that passes no arguments gets 0 from main and no binding; the
+// plug-in still answers everything else, and a later proper main binds it.
+TEST_F(Entry, MainWithoutArgumentsBindsNothingAndTheRestStillAnswers) {
+    load(kMenuTable);
+    auto m = fn<MainFn>("main");
+    char arg0[] = "Zemlo";
+    char* argv[] = {arg0, nullptr};
+    EXPECT_EQ(m(0, argv), 0);
+    EXPECT_EQ(m(1, nullptr), 0);
+    EXPECT_EQ(m(0, nullptr), 0);
+    EXPECT_EQ(*plugin_->variable<void*>("gZemloBundle"), nullptr);
+    Record r;
+    EXPECT_EQ(fn<EnumerateFn>("ZemloExtensionEnumerate_UTF16")(nullptr, 0, r.bytes), 1);
+    expectFilled(r, u"Capo Chords", u"Second", u"Undo Capo");
+    EXPECT_EQ(m(1, argv), 1);
+    EXPECT_NE(*plugin_->variable<void*>("gZemloBundle"), nullptr);
+}
+
+// The whole start-up of the real bundle as the host runs it.
+TEST_F(Entry, HostStartUpOfTheBuiltBundle) {
+    load();
+    EXPECT_EQ(*plugin_->variable<int32_t>("ZemloVersion"), 2010);
+    EXPECT_EQ(*plugin_->variable<int16_t>("transposed"), 0);
+    ASSERT_EQ(bind(), 1);
+    EXPECT_EQ(fn<VersionFn>("ZemloExtensionVersion")(0), 0x19500000u);
+    int32_t v = 7;
+    EXPECT_EQ(fn<InitFn>("ZemloExtensionInit")(nullptr, &v), 1);
+    auto enumerate = fn<EnumerateFn>("ZemloExtensionEnumerate_UTF16");
+    Record item;
+    ASSERT_EQ(enumerate(nullptr, 0, item.bytes), 1);
+    for (size_t field = 0; field < 3; ++field) EXPECT_FALSE(item.text(field).empty()) << field;
+    EXPECT_NE(item.text(0), u"20000") << "the shipped table has the menu text";
+    Record none;
+    EXPECT_EQ(enumerate(nullptr, 1, none.bytes), 0);
+    EXPECT_EQ(fn<StatusFn>("ZemloExtensionGetMenuStatus")(0), 1);
+    fn<TerminateFn>("ZemloExtensionTerminate")(nullptr);
+    fn<TerminateFn>("Ext_terminate")(nullptr);
+    // Termination keeps everything: the item is still there afterwards.
+    Record again;
+    EXPECT_EQ(enumerate(nullptr, 0, again.bytes), 1);
+    EXPECT_TRUE(again == item);
+    EXPECT_EQ(hostsim::count(Fx::FX_AlertMessage), 0u);
+}
+
+// zemlo-host copied into an application layout whose Resources hold the
+// given language folders, run with the user's language set to `user`.
+struct HostLanguage {
+    const char* what;
+    std::vector<std::string> hostFolders;
+    const char* user;
+    const char* expected;
+};
+
+void PrintTo(const HostLanguage& c, std::ostream* os) { *os << c.what; }
+
+class PlugInLanguage : public ::testing::TestWithParam<HostLanguage> {};
+
+TEST_P(PlugInLanguage, FollowsTheHostApplicationWhereItHasOne) {
+    const HostLanguage& c = GetParam();
+    TempDir tmp;
+    std::string app = tmp.path() + "/Zemlo.app/Contents";
+    fs::create_directories(app + "/MacOS");
+    fs::copy_file(ZEMLO_HOST, app + "/MacOS/zemlo-host");
+    for (const std::string& l : c.hostFolders) fs::create_directories(app + "/Resources/" + l + ".lproj");
+    std::string command = "'" + app + "/MacOS/zemlo-host' --lang " + c.user + " 2>&1";
+    FILE* out = popen(command.c_str(), "r");
+    ASSERT_NE(out, nullptr);
+    std::string printed;
+    char buf[512];
+    while (size_t n = std::fread(buf, 1, sizeof buf, out)) printed.append(buf, n);
+    EXPECT_EQ(pclose(out), 0) << printed;
+    EXPECT_NE(printed.find(std::string("Menu item 0: ") + c.expected + "\n"), std::string::npos) << printed;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Hosts, PlugInLanguage,
+    ::testing::Values(HostLanguage{"HostInFrench", {"fr"}, "de_DE.UTF-8", "Accords avec capodastre\u2026"},
+                      HostLanguage{"HostWithoutLanguages", {}, "de_DE.UTF-8", "Kapodaster-Akkorde\u2026"},
+                      HostLanguage{"HostLanguageThePlugInLacks", {"ja"}, "de_DE.UTF-8",
+                                   "Kapodaster-Akkorde\u2026"},
+                      HostLanguage{"HostChoosesAmongItsOwn", {"fr", "it"}, "it_IT", "Accordi con capotasto\u2026"},
+                      HostLanguage{"UserLanguageTheHostLacks", {"fr", "en"}, "nl_NL", "Capo Chords\u2026"}),
+    [](const auto& tp) { return std::string(tp.param.what); });
+
+}  // namespace

@@ -1,0 +1,421 @@
+// The plug-in's localized string table, read from inside a loaded copy of
+// the plug-in: rooms, key texts of missing numbers, the missing-table alert,
+// 8-bit delivery, and finding the plug-in's own bundle.
+#include "bundles.h"
+#include "fresh.h"
+#include "hostsim/host.h"
+#include "zemlopdk.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+using hostsim::Fx;
+using namespace testing_support;
+
+namespace {
+
+using GetUtf16Fn = unsigned short* (*)(int, unsigned short*, short);
+using Get8BitFn = char* (*)(int, char*, short);
+using LoadIndFn = short (*)(short, short, char*, short);
+using CopyFn = CFStringRef (*)(int);
+using HardGetFn = unsigned char* (*)(int, unsigned char*);
+using PtocsFn = short (*)(unsigned char*);
+using BundleFn = CFBundleRef (*)();
+using DlbundleFn = CFBundleRef (*)(CFStringRef);
+
+constexpr unsigned short kFill16 = 0xCDCD;
+constexpr char kFill8 = static_cast<char>(0xCD);
+
+std::u16string letters(size_t n) {
+    std::u16string s;
+    for (size_t i = 0; i < n; ++i) s.push_back(static_cast<char16_t>('a' + i % 26));
+    return s;
+}
+
+std::string utf8(const std::u16string& s) {
+    CFStringRef c = CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(s.data()),
+                                                 static_cast<CFIndex>(s.size()));
+    std::vector<char> buf(s.size() * 4 + 1);
+    CFStringGetCString(c, buf.data(), static_cast<CFIndex>(buf.size()), kCFStringEncodingUTF8);
+    CFRelease(c);
+    return buf.data();
+}
+
+std::string pathOf(CFBundleRef b) {
+    CFURLRef url = CFBundleCopyBundleURL(b);
+    char buf[4096] = {0};
+    CFURLGetFileSystemRepresentation(url, true, reinterpret_cast<UInt8*>(buf), sizeof buf);
+    CFRelease(url);
+    return buf;
+}
+
+// The test table of the made-up bundles.
+const std::u16string kLong300 = letters(300);
+const std::u16string kLong255 = letters(255);
+std::string testTable() {
+    return entry("20000", utf8(kLong300)) + entry("20001", "Capo 1") + entry("20002", utf8(kLong255)) +
+           entry("20003", "Caf\xC3\xA9") + entry("20005", "G\xE2\x99\xAF") + entry("20006", "20006") +
+           entry("128,3", "Drop D") + entry("128,-1", "last of list 128");
+}
+
+class Resources : public ::testing::Test {
+  protected:
+    void SetUp() override { hostsim::reset(); }
+    void TearDown() override { hostsim::reset(); }
+
+    // A copy of the test image whose only table is `table` (none when empty),
+    // in a folder under `parent` (a new temporary folder when empty).
+    std::string madeUpBundle(const std::string& table, std::string parent = "") {
+        if (parent.empty()) parent = tmp_.path();
+        std::string b = copyBundleWithoutTables(CAPOCHORDS_PROBE_BUNDLE, parent);
+        if (!table.empty()) putTable(b, "en", table);
+        return b;
+    }
+
+    Locale english_{"en_US.UTF-8"};
+    TempDir tmp_;
+};
+
+// UTF-16 delivery: cut to room - 1, terminated, the last unit of the room
+// zeroed, the units between left alone, nothing written past the room.
+struct Room16 {
+    int number;
+    short capacity;
+    std::u16string text;  // what the table holds for the number
+};
+
+void PrintTo(const Room16& c, std::ostream* os) { *os << c.number << " in " << c.capacity; }
+
+class Utf16Rooms : public Resources, public ::testing::WithParamInterface<Room16> {};
+
+TEST_P(Utf16Rooms, CutTerminatedAndBounded) {
+    const Room16& c = GetParam();
+    Probe p(madeUpBundle(testTable()));
+    ASSERT_TRUE(p.ok()) << p.error();
+    ASSERT_EQ(p.bind(), 1);
+    std::vector<unsigned short> buf(512, kFill16);
+    unsigned short* r = p.fn<GetUtf16Fn>("PlugIn_GetStringResource_UTF16")(c.number, buf.data(), c.capacity);
+    if (c.capacity <= 0) {
+        EXPECT_EQ(r, nullptr);
+        EXPECT_EQ(buf, std::vector<unsigned short>(512, kFill16)) << "untouched";
+        return;
+    }
+    ASSERT_EQ(r, buf.data());
+    size_t cap = static_cast<size_t>(c.capacity);
+    size_t n = std::min(c.text.size(), cap - 1);
+    EXPECT_EQ(std::u16string(buf.begin(), buf.begin() + static_cast<long>(n)), c.text.substr(0, n));
+    EXPECT_EQ(buf[n], 0);
+    for (size_t i = n + 1; i + 1 < cap; ++i) ASSERT_EQ(buf[i], kFill16) << "unit " << i;
+    EXPECT_EQ(buf[cap - 1], 0);
+    for (size_t i = cap; i < buf.size(); ++i) ASSERT_EQ(buf[i], kFill16) << "past the room at " << i;
+    EXPECT_EQ(hostsim::count(Fx::FX_AlertMessage), 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rooms, Utf16Rooms,
+                         ::testing::Values(Room16{20000, 0, kLong300}, Room16{20000, -1, kLong300},
+                                           Room16{20000, 1, kLong300}, Room16{20000, 2, kLong300},
+                                           Room16{20000, 128, kLong300}, Room16{20000, 256, kLong300},
+                                           Room16{20000, 300, kLong300}, Room16{20000, 301, kLong300},
+                                           Room16{20001, 128, u"Capo 1"}, Room16{20001, 7, u"Capo 1"},
+                                           Room16{20001, 6, u"Capo 1"}, Room16{20099, 64, u"20099"}));
+
+// 8-bit delivery: the application's encoding (Mac Roman), all or nothing,
+// the rest of the room filled with zero bytes.
+struct Room8 {
+    const char* what;
+    int number;
+    short capacity;
+    std::string expected;
+};
+
+void PrintTo(const Room8& c, std::ostream* os) { *os << c.what; }
+
+class EightBitRooms : public Resources, public ::testing::WithParamInterface<Room8> {};
+
+TEST_P(EightBitRooms, ConvertedCutAndZeroFilled) {
+    const Room8& c = GetParam();
+    Probe p(madeUpBundle(testTable()));
+    ASSERT_TRUE(p.ok()) << p.error();
+    ASSERT_EQ(p.bind(), 1);
+    std::vector<char> buf(400, kFill8);
+    char* r = p.fn<Get8BitFn>("PlugIn_GetStringResource_8bit")(c.number, buf.data(), c.capacity);
+    if (c.capacity == 0) {
+        EXPECT_EQ(r, nullptr);
+        EXPECT_EQ(buf, std::vector<char>(400, kFill8));
+        return;
+    }
+    ASSERT_EQ(r, buf.data());
+    EXPECT_EQ(std::string(buf.data()), c.expected);
+    for (size_t i = c.expected.size(); i < static_cast<size_t>(c.capacity); ++i) ASSERT_EQ(buf[i], 0) << i;
+    for (size_t i = static_cast<size_t>(c.capacity); i < buf.size(); ++i) ASSERT_EQ(buf[i], kFill8) << i;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rooms, EightBitRooms,
+    ::testing::Values(Room8{"NoRoom", 20001, 0, ""}, Room8{"OnlyTheTerminator", 20001, 1, ""},
+                      Room8{"Cut", 20001, 4, "Cap"}, Room8{"Fits", 20001, 128, "Capo 1"},
+                      Room8{"MacRoman", 20003, 64, "Caf\x8E"},
+                      Room8{"UnmappableIsEmpty", 20005, 64, ""},
+                      Room8{"LongerThan255IsEmpty", 20000, 256, ""},
+                      Room8{"Longest", 20002, 256, std::string(kLong255.begin(), kLong255.end())},
+                      Room8{"LongestCut", 20002, 100, std::string(kLong255.begin(), kLong255.begin() + 99)},
+                      Room8{"Missing", 20099, 64, "20099"}),
+    [](const auto& tp) { return std::string(tp.param.what); });
+
+// Numbers the table lacks come back as their key text, with no alert.
+TEST_F(Resources, MissingNumbersAnswerTheirKeyTextWithoutAlert) {
+    Probe p;
+    ASSERT_TRUE(p.ok()) << p.error();
+    ASSERT_EQ(p.bind(), 1);
+    struct {
+        int number;
+        const char* key;
+    } cases[] = {{20099, "20099"},     {40000, "-25536"},      {0, "0"},
+                 {-1, "-1,-1"},        {0x00800003, "128,3"},   {0x7FFF8000, "32767,-32768"},
+                 {0x00017FFF, "1,32767"}, {-20000, "-1,-20000"}};
+    auto get16 = p.fn<GetUtf16Fn>("PlugIn_GetStringResource_UTF16");
+    auto get8 = p.fn<Get8BitFn>("PlugIn_GetStringResource_8bit");
+    for (const auto& c : cases) {
+        unsigned short u[64];
+        get16(c.number, u, 64);
+        EXPECT_EQ(std::u16string(reinterpret_cast<const char16_t*>(u)),
+                  std::u16string(c.key, c.key + std::strlen(c.key)))
+            << c.number;
+        char b[64];
+        get8(c.number, b, 64);
+        EXPECT_STREQ(b, c.key) << c.number;
+    }
+    EXPECT_EQ(hostsim::count(Fx::FX_AlertMessage), 0u);
+}
+
+TEST_F(Resources, IndexedListsMapOntoTheTable) {
+    Probe p(madeUpBundle(testTable()));
+    ASSERT_TRUE(p.ok()) << p.error();
+    ASSERT_EQ(p.bind(), 1);
+    auto load = p.fn<LoadIndFn>("LoadIndString");
+    char buf[64];
+    EXPECT_EQ(load(128, 3, buf, 64), 6);
+    EXPECT_STREQ(buf, "Drop D");
+    EXPECT_EQ(load(128, -1, buf, 64), 16) << "the index is taken without its sign";
+    EXPECT_STREQ(buf, "last of list 128");
+    EXPECT_EQ(load(0, 20001, buf, 64), 6);
+    EXPECT_STREQ(buf, "Capo 1");
+    EXPECT_EQ(load(128, 4, buf, 64), 5);
+    EXPECT_STREQ(buf, "128,4");
+    EXPECT_EQ(load(128, 3, buf, 4), 3);
+    EXPECT_STREQ(buf, "Dro");
+    std::memset(buf, kFill8, sizeof buf);
+    EXPECT_EQ(load(128, 3, buf, 0), 0) << "no room: nothing delivered";
+    EXPECT_EQ(buf[0], kFill8);
+    EXPECT_EQ(hostsim::count(Fx::FX_AlertMessage), 0u);
+}
+
+TEST_F(Resources, LengthPrefixedText) {
+    Probe p(madeUpBundle(testTable()));
+    ASSERT_TRUE(p.ok()) << p.error();
+    ASSERT_EQ(p.bind(), 1);
+    auto hard = p.fn<HardGetFn>("HardGetPString");
+    unsigned char buf[257];
+    buf[256] = 0xEE;
+    EXPECT_EQ(hard(20001, buf), buf);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(buf), 7), std::string("\x06" "Capo 1"));
+    hard(20002, buf);
+    EXPECT_EQ(buf[0], 255);
+    EXPECT_EQ(buf[255], 'a' + 254 % 26);
+    EXPECT_EQ(buf[256], 0xEE) << "256 bytes at most";
+    hard(20005, buf);
+    EXPECT_EQ(buf[0], 0) << "unmappable: empty";
+
+    auto ptocs = p.fn<PtocsFn>("ptocs");
+    unsigned char t[256] = {3, 'a', 'b', 'c', 0xEE};
+    EXPECT_EQ(ptocs(t), 3);
+    EXPECT_STREQ(reinterpret_cast<char*>(t), "abc");
+    unsigned char e[2] = {0, 0xEE};
+    EXPECT_EQ(ptocs(e), 0);
+    EXPECT_EQ(e[0], 0);
+    EXPECT_EQ(e[1], 0xEE);
+    unsigned char full[256];
+    full[0] = 255;
+    std::memset(full + 1, 'x', 255);
+    EXPECT_EQ(ptocs(full), 255);
+    EXPECT_EQ(full[254], 'x');
+    EXPECT_EQ(full[255], 0);
+}
+
+TEST_F(Resources, CopyHandsOverANewString) {
+    Probe p(madeUpBundle(testTable()));
+    ASSERT_TRUE(p.ok()) << p.error();
+    auto copy = p.fn<CopyFn>("CopyPlugInStringResource");
+    CFStringRef a = copy(20001);
+    CFStringRef b = copy(20001);
+    ASSERT_TRUE(a && b);
+    EXPECT_EQ(units(a), u"Capo 1");
+    EXPECT_EQ(CFGetRetainCount(a), 1);
+    CFRelease(a);
+    CFRelease(b);
+    CFStringRef missing = copy(20099);
+    ASSERT_NE(missing, nullptr);
+    EXPECT_EQ(units(missing), u"20099");
+    EXPECT_EQ(CFGetRetainCount(missing), 1);
+    CFRelease(missing);
+}
+
+// Without any table every request answers its key text and alerts once.
+TEST_F(Resources, BundleWithoutTableAlertsOncePerRequest) {
+    Probe p(madeUpBundle(""));
+    ASSERT_TRUE(p.ok()) << p.error();
+    ASSERT_EQ(p.bind(), 1);
+    unsigned short u[64];
+    p.fn<GetUtf16Fn>("PlugIn_GetStringResource_UTF16")(20000, u, 64);
+    EXPECT_EQ(std::u16string(reinterpret_cast<const char16_t*>(u)), u"20000");
+    EXPECT_EQ(hostsim::count(Fx::FX_AlertMessage), 1u);
+    p.fn<GetUtf16Fn>("PlugIn_GetStringResource_UTF16")(40000, u, 64);
+    EXPECT_EQ(std::u16string(reinterpret_cast<const char16_t*>(u)), u"-25536");
+    char b[64];
+    p.fn<Get8BitFn>("PlugIn_GetStringResource_8bit")(20001, b, 64);
+    EXPECT_STREQ(b, "20001");
+    EXPECT_EQ(hostsim::count(Fx::FX_AlertMessage), 3u);
+    for (const hostsim::Call& call : hostsim::calls()) {
+        ASSERT_EQ(call.fx, Fx::FX_AlertMessage);
+        EXPECT_EQ(call.args[0], 0u);
+        EXPECT_EQ(call.args[1], 0u);
+        EXPECT_EQ(call.args[2], 0u);
+        EXPECT_STREQ(call.ptr<const char>(3), "Missing Localizable.strings");
+        EXPECT_EQ(call.args[4], FXT_VERSION);
+    }
+}
+
+// A table that is there but unreadable answers key texts; it is no missing table.
+TEST_F(Resources, MalformedTablesAnswerKeyTextsWithoutAlert) {
+    const std::string tables[] = {
+        entry("20000", "Capo Chords") + "\"20001\" = \"no semicolon\"",
+        "\"20000\" = \"caf\xE9\";",
+        std::string("\xFF\xFE\x22\x00\x32", 5),
+        std::string(5000, '\0'),
+        "/* open comment",
+        entry("20000", "20000"),  // an entry equal to its key counts as missing, and the table is there
+    };
+    for (const std::string& table : tables) {
+        TempDir parent;
+        Probe p(madeUpBundle(table, parent.path()));
+        ASSERT_TRUE(p.ok()) << p.error();
+        ASSERT_EQ(p.bind(), 1);
+        unsigned short u[64];
+        p.fn<GetUtf16Fn>("PlugIn_GetStringResource_UTF16")(20000, u, 64);
+        EXPECT_EQ(std::u16string(reinterpret_cast<const char16_t*>(u)), u"20000");
+    }
+    EXPECT_EQ(hostsim::count(Fx::FX_AlertMessage), 0u);
+}
+
+// The bundle is found once; later requests reuse it rather than walk again
+// (each walk would hold one more reference to it).
+TEST_F(Resources, BundleIsDiscoveredOnceForManyRequests) {
+    Probe p(madeUpBundle(testTable()));
+    ASSERT_TRUE(p.ok()) << p.error();
+    auto getBundle = p.fn<BundleFn>("GetPluginBundle");
+    auto get16 = p.fn<GetUtf16Fn>("PlugIn_GetStringResource_UTF16");
+    unsigned short u[64];
+    get16(20001, u, 64);
+    CFBundleRef b = getBundle();
+    ASSERT_NE(b, nullptr);
+    CFIndex refs = CFGetRetainCount(b);
+    for (int i = 0; i < 20; ++i) get16(20000 + i % 14, u, 64);
+    EXPECT_EQ(getBundle(), b);
+    EXPECT_EQ(CFGetRetainCount(b), refs);
+    EXPECT_EQ(pathOf(b), p.plugin().bundlePath());
+}
+
+// Discovery starts from the image itself, wherever the bundle lies.
+TEST_F(Resources, BundleMovedElsewhereIsStillFound) {
+    std::string deep = tmp_.path() + "/Zemlo Plug-ins/Caf\xC3\xA9 folder/x";
+    Probe moved(madeUpBundle(entry("20001", "moved"), deep));
+    Probe other(madeUpBundle(entry("20001", "other"), tmp_.path() + "/second"));
+    ASSERT_TRUE(moved.ok() && other.ok());
+    char b[64];
+    moved.fn<Get8BitFn>("PlugIn_GetStringResource_8bit")(20001, b, 64);
+    EXPECT_STREQ(b, "moved");
+    other.fn<Get8BitFn>("PlugIn_GetStringResource_8bit")(20001, b, 64);
+    EXPECT_STREQ(b, "other");
+    EXPECT_EQ(pathOf(moved.fn<BundleFn>("GetPluginBundle")()), moved.plugin().bundlePath());
+}
+
+TEST_F(Resources, WalkTestsTheKeyAndEndsAtTheRoot) {
+    Probe p(madeUpBundle(testTable()));
+    ASSERT_TRUE(p.ok()) << p.error();
+    auto walk = p.fn<DlbundleFn>("dlbundle");
+    CFBundleRef byExecutable = walk(nullptr);
+    ASSERT_NE(byExecutable, nullptr);
+    EXPECT_EQ(pathOf(byExecutable), p.plugin().bundlePath());
+    CFBundleRef byIdentifier = walk(CFSTR("CFBundleIdentifier"));
+    EXPECT_EQ(byIdentifier, byExecutable);
+    EXPECT_EQ(walk(CFSTR("CapoChordsNoSuchKey")), nullptr) << "up to the root, then no bundle";
+    CFRelease(byExecutable);
+    if (byIdentifier) CFRelease(byIdentifier);
+}
+
+// A failed discovery is not kept: the next request walks again.
+TEST_F(Resources, FailedDiscoveryIsTriedAgain) {
+    Probe p(madeUpBundle(testTable()));
+    ASSERT_TRUE(p.ok()) << p.error();
+    std::string info = p.plugin().bundlePath() + "/Contents/Info.plist";
+    std::string saved = info + ".away";
+    ASSERT_EQ(std::rename(info.c_str(), saved.c_str()), 0);
+    auto getBundle = p.fn<BundleFn>("GetPluginBundle");
+    EXPECT_EQ(getBundle(), nullptr);
+    EXPECT_EQ(p.fn<DlbundleFn>("dlbundle")(nullptr), nullptr);
+    ASSERT_EQ(std::rename(saved.c_str(), info.c_str()), 0);
+    CFBundleRef b = getBundle();
+    ASSERT_NE(b, nullptr);
+    EXPECT_EQ(pathOf(b), p.plugin().bundlePath());
+}
+
+// No bundle to be found: a programming fault where assertions hold, an
+// empty text without alert where they do not.
+struct Lost {
+    const char* what;
+    bool removeBundle;  // else only its Info.plist
+};
+
+void PrintTo(const Lost& c, std::ostream* os) { *os << c.what; }
+
+class LostBundle : public Resources, public ::testing::WithParamInterface<Lost> {};
+
+TEST_P(LostBundle, LookupStopsOnTheAssertion) {
+    Probe p(madeUpBundle(testTable()));
+    ASSERT_TRUE(p.ok()) << p.error();
+    ASSERT_EQ(p.bind(), 1);
+    std::error_code ec;
+    if (GetParam().removeBundle) fs::remove_all(p.plugin().bundlePath(), ec);
+    else fs::remove(p.plugin().bundlePath() + "/Contents/Info.plist", ec);
+    ASSERT_FALSE(ec);
+    auto get16 = p.fn<GetUtf16Fn>("PlugIn_GetStringResource_UTF16");
+    unsigned short u[8] = {'x', 'x', 0};
+#ifdef NDEBUG
+    EXPECT_EQ(get16(20001, u, 8), u);
+    EXPECT_EQ(u[0], 0);
+    EXPECT_EQ(hostsim::count(Fx::FX_AlertMessage), 0u);
+#else
+    EXPECT_DEATH(get16(20001, u, 8),
+                 "Assertion failed: bundleRef != NULL, function CopyPlugInStringResource, file portable");
+#endif
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, LostBundle,
+                         ::testing::Values(Lost{"InfoPlistMissing", false}, Lost{"BundleFolderGone", true}),
+                         [](const auto& tp) { return std::string(tp.param.what); });
+
+TEST_F(Resources, SpeaksTheUsersLanguage) {
+    Locale german("de_DE.UTF-8");
+    Probe p;
+    ASSERT_TRUE(p.ok()) << p.error();
+    unsigned short u[256];
+    p.fn<GetUtf16Fn>("PlugIn_GetStringResource_UTF16")(20004, u, 256);
+    EXPECT_EQ(std::u16string(reinterpret_cast<const char16_t*>(u)), u"Kapodaster 1");
+}
+
+}  // namespace

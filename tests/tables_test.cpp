@@ -1,0 +1,77 @@
+// The string tables the bundle ships: every localization holds every number
+// the plug-in asks for, in the room it asks with, in a form the command can use.
+#include "cfobject.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::set<std::string> kRequired = {"en", "de", "fr", "es", "it", "nl"};
+
+// Rooms in UTF-16 units, terminator included, as the plug-in asks for them.
+short roomOf(int number) {
+    if (number <= 20002) return 128;
+    if (number == 20012) return 64;
+    return 256;
+}
+
+std::u16string at(const cfimpl::StringsTable& t, int number) {
+    auto key = std::to_string(number);
+    auto it = t.find(std::u16string(key.begin(), key.end()));
+    return it == t.end() ? u"" : it->second;
+}
+
+bool isDigit(char16_t c) { return c >= '0' && c <= '9'; }
+
+size_t count(const std::u16string& s, const std::u16string& what) {
+    size_t n = 0;
+    for (size_t at = s.find(what); at != std::u16string::npos; at = s.find(what, at + what.size())) ++n;
+    return n;
+}
+
+TEST(Tables, EveryLocalizationHoldsEveryNumber) {
+    fs::path resources = fs::path(CAPOCHORDS_SOURCE_DIR) / "resources";
+    std::set<std::string> found;
+    for (const auto& dir : fs::directory_iterator(resources)) {
+        if (dir.path().extension() != ".lproj") continue;
+        std::string lang = dir.path().stem().string();
+        found.insert(lang);
+        SCOPED_TRACE(lang);
+        std::ifstream in(dir.path() / "Localizable.strings", std::ios::binary);
+        ASSERT_TRUE(in) << "no table";
+        std::ostringstream bytes;
+        bytes << in.rdbuf();
+        cfimpl::StringsTable t;
+        ASSERT_TRUE(cfimpl::parseStringsTable(bytes.str(), t)) << "the table does not parse";
+        for (int n = 20000; n <= 20013; ++n) {
+            std::u16string text = at(t, n);
+            EXPECT_FALSE(text.empty()) << n << " missing";
+            EXPECT_LT(text.size(), static_cast<size_t>(roomOf(n))) << n << " does not fit its room";
+            // The 8-bit interface delivers these too.
+            for (char16_t c : text) EXPECT_GE(cfimpl::macRomanByteFor(c), 0) << n << " has U+" << std::hex << int(c);
+        }
+        // The caption format takes exactly one unit name and nothing else.
+        std::u16string caption = at(t, 20012);
+        EXPECT_EQ(count(caption, u"%S"), 1u) << "20012";
+        EXPECT_EQ(count(caption, u"%"), 1u) << "20012 has another conversion";
+        // The default label carries the fret in digits, so that the dialog
+        // can keep it in step; the search text is part of it and has no
+        // digits, so it survives every fret change.
+        std::u16string label = at(t, 20004), search = at(t, 20013);
+        EXPECT_TRUE(std::any_of(label.begin(), label.end(), isDigit)) << "20004";
+        EXPECT_NE(label.find(search), std::u16string::npos) << "20013 is not part of 20004";
+        EXPECT_TRUE(std::none_of(search.begin(), search.end(), isDigit)) << "20013";
+    }
+    for (const std::string& lang : kRequired) EXPECT_TRUE(found.count(lang)) << lang << ".lproj missing";
+}
+
+}  // namespace
