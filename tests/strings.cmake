@@ -1,0 +1,3 @@
+# Text: the string routines, the UTF-16 string class and the conversions of
+# the Core Foundation stand-in beneath them.
+capochords_test(cfconvert_test cfconvert_test.cpp)
