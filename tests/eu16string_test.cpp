@@ -9,6 +9,13 @@
 #include <string_view>
 #include <type_traits>
 
+// Newer libc++ has no std::char_traits<unsigned short>. Declared here and
+// never defined, it turns any use of it by the string class, on whichever
+// library builds this, into a compile error.
+namespace std {
+template <> struct char_traits<unsigned short>;
+}
+
 namespace {
 
 using namespace std::literals;
