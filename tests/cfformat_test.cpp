@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cfloat>
 #include <climits>
+#include <memory>
 #include <string>
 
 namespace {
@@ -82,6 +84,29 @@ TEST(CFFormat, AbsurdFieldsGiveNoString) {
     EXPECT_EQ(fmt("%*d", 99999999, 1), u"<null>");
     EXPECT_EQ(fmt("%999$d", 1), u"<null>");
     EXPECT_EQ(fmt("%1048576d|", 1).size(), 1048577u) << "the widest accepted field";
+}
+
+TEST(CFFormat, NegativeStarWidthJustifiesLeft) {
+    EXPECT_EQ(fmt("[%*d]", -4, 1), u"[1   ]");
+    EXPECT_EQ(fmt("[%*x]", -4, 255), u"[ff  ]");
+    EXPECT_EQ(fmt("[%*S]", -6, kCapo), u"[Capo  ]");
+    EXPECT_EQ(fmt("%*d", INT_MIN, 1), u"<null>") << "an absurd width, not an overflow";
+}
+
+TEST(CFFormat, PrecisionBoundsTheRead) {
+    // Texts that end at the precision, without a terminator: nothing past
+    // them may be read (the sanitizer build sees the heap block's end).
+    std::unique_ptr<UniChar[]> units(new UniChar[3]{'a', 'b', 'c'});
+    std::unique_ptr<char[]> bytes(new char[2]{'x', 'y'});
+    EXPECT_EQ(fmt("[%.3S|%.2s]", units.get(), bytes.get()), u"[abc|xy]");
+    EXPECT_EQ(fmt("[%.0S%.0s]", units.get(), bytes.get()), u"[]");
+}
+
+TEST(CFFormat, LongResultsAreNotRefused) {
+    std::u16string huge = fmt("%Lf", LDBL_MAX);
+    EXPECT_EQ(huge.size(), 4940u) << "4933 digits, a point and six decimals";
+    EXPECT_EQ(huge.substr(0, 4), u"1189");
+    EXPECT_EQ(fmt("%.3f", -DBL_MAX).size(), 314u);
 }
 
 }  // namespace

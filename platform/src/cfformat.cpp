@@ -153,23 +153,21 @@ void pad(std::u16string& out, const std::u16string& body, long width, bool left)
 // numbers, a length we choose and a conversion that matches the value's type.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
-bool printfConversion(std::u16string& out, const Spec& s, long width, long precision,
-                      const Value& v) {
-    std::string spec = "%" + s.flags;
+bool printfConversion(std::u16string& out, const Spec& s, const std::string& flags, long width,
+                      long precision, const Value& v) {
+    std::string spec = "%" + flags;
     if (width >= 0) spec += std::to_string(width);
     if (precision >= 0) spec += "." + std::to_string(precision);
     char conv = s.conv;
     if (conv == 'D' || conv == 'U' || conv == 'O') conv = static_cast<char>(conv + ('a' - 'A'));
-    std::vector<char> buf(static_cast<size_t>((width > precision ? width : precision) + 512));
-    int n;
-    switch (typeOf(s)) {
+    const ArgType type = typeOf(s);
+    long long x = v.i;
+    switch (type) {
     case ArgType::Int:
     case ArgType::Long: {
-        long long x = v.i;
         bool isSigned = conv == 'd' || conv == 'i';
         if (conv == 'c') {
             spec += 'c';
-            n = std::snprintf(buf.data(), buf.size(), spec.c_str(), static_cast<int>(x));
             break;
         }
         // Narrow as printf would, each branch on its own: a conditional
@@ -180,28 +178,42 @@ bool printfConversion(std::u16string& out, const Spec& s, long width, long preci
         } else if (s.length == "hh") {
             if (isSigned) x = static_cast<signed char>(x);
             else x = static_cast<unsigned char>(x);
-        } else if (typeOf(s) == ArgType::Int) {
+        } else if (type == ArgType::Int) {
             if (isSigned) x = static_cast<int>(x);
             else x = static_cast<unsigned int>(x);
         }
         spec += "ll";
         spec += conv;
-        n = std::snprintf(buf.data(), buf.size(), spec.c_str(), x);
         break;
     }
     case ArgType::Double:
         spec += conv;
-        n = std::snprintf(buf.data(), buf.size(), spec.c_str(), v.d);
         break;
     case ArgType::LongDouble:
         spec += 'L';
         spec += conv;
-        n = std::snprintf(buf.data(), buf.size(), spec.c_str(), v.ld);
         break;
     default:
         spec += 'p';
-        n = std::snprintf(buf.data(), buf.size(), spec.c_str(), v.p);
         break;
+    }
+    auto print = [&](std::vector<char>& buf) {
+        switch (type) {
+        case ArgType::Int:
+        case ArgType::Long:
+            if (conv == 'c') return std::snprintf(buf.data(), buf.size(), spec.c_str(), static_cast<int>(x));
+            return std::snprintf(buf.data(), buf.size(), spec.c_str(), x);
+        case ArgType::Double: return std::snprintf(buf.data(), buf.size(), spec.c_str(), v.d);
+        case ArgType::LongDouble: return std::snprintf(buf.data(), buf.size(), spec.c_str(), v.ld);
+        default: return std::snprintf(buf.data(), buf.size(), spec.c_str(), v.p);
+        }
+    };
+    std::vector<char> buf(static_cast<size_t>((width > precision ? width : precision) + 512));
+    int n = print(buf);
+    if (n >= 0 && static_cast<size_t>(n) >= buf.size()) {
+        // A long double of the largest magnitude runs to thousands of digits.
+        buf.resize(static_cast<size_t>(n) + 1);
+        n = print(buf);
     }
     if (n < 0 || static_cast<size_t>(n) >= buf.size()) return false;
     std::u16string wide;
@@ -278,11 +290,14 @@ CFStringRef formatString(CFStringRef format, va_list arguments) {
         }
         long width = s.width, precision = s.precision;
         bool left = s.flags.find('-') != std::string::npos;
+        std::string flags = s.flags;
         if (s.widthArg) {
-            int w = s.widthArg > 0 ? static_cast<int>(byPosition[s.widthArg].i) : va_arg(ap, int);
+            // long: negating INT_MIN as an int would overflow.
+            long w = s.widthArg > 0 ? static_cast<int>(byPosition[s.widthArg].i) : va_arg(ap, int);
             if (w < 0) {
                 left = true;
                 w = -w;
+                flags += '-';  // printf's conversions must justify left too
             }
             width = w;
         }
@@ -308,7 +323,8 @@ CFStringRef formatString(CFStringRef format, va_list arguments) {
             if (!u) {
                 body = u"(null)";
             } else {
-                for (long k = 0; u[k] && (precision < 0 || k < precision); ++k)
+                // The precision is checked first: the text may end there unterminated.
+                for (long k = 0; (precision < 0 || k < precision) && u[k]; ++k)
                     body.push_back(static_cast<char16_t>(u[k]));
             }
             pad(out, body, width, left);
@@ -320,7 +336,7 @@ CFStringRef formatString(CFStringRef format, va_list arguments) {
                 body = u"(null)";
             } else {
                 size_t n = 0;
-                while (b[n] && (precision < 0 || static_cast<long>(n) < precision)) ++n;
+                while ((precision < 0 || static_cast<long>(n) < precision) && b[n]) ++n;
                 decodeMacRoman(b, n, body);
             }
             pad(out, body, width, left);
@@ -339,7 +355,7 @@ CFStringRef formatString(CFStringRef format, va_list arguments) {
             break;
         }
         default:
-            ok = printfConversion(out, s, width, precision, v);
+            ok = printfConversion(out, s, flags, width, precision, v);
         }
         if (!ok) break;
     }
