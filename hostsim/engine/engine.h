@@ -4,6 +4,7 @@
 
 #include "hostsim/host.h"
 
+#include <array>
 #include <cstring>
 
 namespace hostsim {
@@ -13,6 +14,13 @@ namespace hostsim {
 uint64_t dispatch(Fx fx, const uint64_t* args, size_t n);
 // Called by the resolver at every lookup: counts it, answers presence.
 bool resolve(Fx fx);
+
+// The host's own behaviours: what a call does when the scenario has
+// programmed neither a behaviour nor a result for it.
+using BuiltIns = std::array<Handler, kFxCount>;
+// The user interface (dialogs, alerts, progress display): ui.cpp.
+void addUiBuiltIns(BuiltIns& b);
+void resetUi();
 
 }  // namespace hostsim
 

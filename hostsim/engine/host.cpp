@@ -14,10 +14,15 @@ struct State {
     std::array<uint64_t, kFxCount> results{};
     std::array<size_t, kFxCount> counts{};
     std::array<Handler, kFxCount> handlers;
+    std::array<bool, kFxCount> programmed{};  // setResult since the last reset
+    BuiltIns builtIns;
     std::map<std::pair<int, size_t>, bool> faults;  // (fx, call number) to fail
     std::vector<Call> log;
     bool logging = true;
-    State() { present.fill(true); }
+    State() {
+        present.fill(true);
+        addUiBuiltIns(builtIns);
+    }
 };
 
 State& state() {
@@ -81,16 +86,21 @@ void reset() {
     s.results.fill(0);
     s.counts.fill(0);
     for (auto& h : s.handlers) h = nullptr;
+    s.programmed.fill(false);
     s.faults.clear();
     s.log.clear();
     s.logging = true;
+    resetUi();
 }
 
 void setPresent(Fx fx, bool present) { state().present[idx(fx)] = present; }
 void setAllPresent(bool present) { state().present.fill(present); }
 bool isPresent(Fx fx) { return state().present[idx(fx)]; }
 int lookups(Fx fx) { return state().lookups[idx(fx)]; }
-void setResult(Fx fx, uint64_t raw) { state().results[idx(fx)] = raw; }
+void setResult(Fx fx, uint64_t raw) {
+    state().results[idx(fx)] = raw;
+    state().programmed[idx(fx)] = true;
+}
 void setHandler(Fx fx, Handler h) { state().handlers[idx(fx)] = std::move(h); }
 
 void failCall(Fx fx, int k) {
@@ -126,6 +136,7 @@ uint64_t dispatch(Fx fx, const uint64_t* args, size_t n) {
     if (s.logging) s.log.push_back(c);
     if (!c.faulted) {
         if (s.handlers[idx(fx)]) c.result = s.handlers[idx(fx)](c);
+        else if (!s.programmed[idx(fx)] && s.builtIns[idx(fx)]) c.result = s.builtIns[idx(fx)](c);
         else c.result = s.results[idx(fx)];
     }
     if (s.logging && at < s.log.size()) s.log[at].result = c.result;

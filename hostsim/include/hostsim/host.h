@@ -55,7 +55,8 @@ struct Call {
 using Handler = std::function<uint64_t(Call&)>;
 
 // Everything back to a fresh host: all functions present, no results, no
-// handlers, no faults, empty log.
+// handlers, no faults, empty log, the built-in behaviours of ui.h with no
+// scripts and no records.
 HOSTSIM_API void reset();
 
 HOSTSIM_API void setPresent(Fx fx, bool present);
@@ -64,6 +65,7 @@ HOSTSIM_API bool isPresent(Fx fx);
 // How many times the plug-in looked the name up (one per dlsym).
 HOSTSIM_API int lookups(Fx fx);
 
+// A programmed result or behaviour replaces the host's built-in one (ui.h).
 HOSTSIM_API void setResult(Fx fx, uint64_t raw);
 HOSTSIM_API void setHandler(Fx fx, Handler h);
 // The k-th call of fx from now on (1 = the next) fails: it answers 0 (null,
