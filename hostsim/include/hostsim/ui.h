@@ -112,10 +112,30 @@ HOSTSIM_API Step inspect(std::function<void(const DialogRun&)> fn);
 HOSTSIM_API Step late(Step s);
 
 // Queues the script of the next dialog that FX_Dialog shows; dialogs beyond
-// the queue get an empty script. When a script runs out with the dialog
-// still open, the host closes it as its close box does: 273 with 2. If the
-// handler does not end it then either, that is an error and the host ends it.
+// the queue get an empty script, and a dialog that cannot be shown uses its
+// script up all the same. Once the handler has called FX_EndDialog the rest
+// of the script is dropped (counted in stepsLeft) but for late steps. When a
+// script runs out with the dialog still open, the host closes it as its close
+// box does: 273 with 2. If the handler does not end it then either, that is
+// an error and the host ends it. FX_Dialog answers the dialog's handle (dead
+// by then), or null when it has no description or no handler.
 HOSTSIM_API void scriptDialog(std::vector<Step> steps);
+
+// What the item calls do, on an open dialog only (any other handle is an
+// error and the call does nothing, answering 0):
+// - FX_GetDlgItemVal / FX_SetDlgItemVal: kind 1 is a check box's state (set
+//   with any nonzero value it reads 1), kind 3 a number field's number (set,
+//   it becomes the field's text in decimal). Any other kind, or a kind on a
+//   control of another sort, is an error: reads answer 0, writes do nothing.
+// - A control has one text. FX_SetDlgString takes and FX_GetDlgString gives
+//   it in Mac Roman (a character Mac Roman lacks reads as '?'); the _UTF16
+//   calls take and give it as UTF-16. A number field's number follows its text.
+// - FX_GetDlgString(dlg, item, buffer, limit) writes at most limit bytes:
+//   at most limit - 1 bytes of text, then a 0; nothing beyond. So the
+//   plug-in's limit 255 for a 256-byte buffer leaves the last byte alone.
+//   FX_GetDlgString_UTF16 likewise counts units and never cuts a surrogate
+//   pair in two. A limit below 1, or no buffer, is an error; nothing is written.
+// - FX_SetDlgFocus on a disabled or hidden control is an error.
 
 // ---- Dialog records ------------------------------------------------------
 
