@@ -146,7 +146,8 @@ TEST_F(ProgressDisplay, ScriptServesSuccessiveDisplaysInOrder) {
 
 TEST_F(ProgressDisplay, ObserverSeesStartEveryCallAndEnd) {
     std::vector<size_t> seen;
-    ui::setProgressObserver([&](const ui::Progress& p) { seen.push_back(p.calls.size() + p.ended); });
+    ui::setProgressObserver(
+        [&](const ui::Progress& p) { seen.push_back(p.calls.size() + p.ended); });
     ui::scriptProgress({2});
     runDisplay(3, 1);
     EXPECT_EQ(seen, (std::vector<size_t>{0, 1, 2, 3, 4}));

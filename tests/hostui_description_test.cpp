@@ -20,24 +20,24 @@ std::string readFile(const std::string& path) {
 }
 
 TEST(DialogDescription, SettingsDialogHasTheHandlersControls) {
-    ui::DialogSpec spec;
+    ui::DialogLayout layout;
     std::string why;
     ASSERT_TRUE(ui::parseDialog(readFile(CAPOCHORDS_SOURCE_DIR "/resources/dialog20009.dlg"),
-                                &spec, &why))
+                                &layout, &why))
         << why;
-    EXPECT_EQ(spec.number, 20009);
+    EXPECT_EQ(layout.number, 20009);
     const std::pair<int16_t, ControlKind> handled[] = {
         {1, ControlKind::Button},    {2, ControlKind::Button},   {4, ControlKind::Number},
         {6, ControlKind::Text},      {7, ControlKind::Static},   {8, ControlKind::CheckBox},
         {9, ControlKind::CheckBox},  {10, ControlKind::Text},    {11, ControlKind::CheckBox}};
     std::set<int16_t> numbers;
     for (auto [n, kind] : handled) {
-        const ui::ControlSpec* c = spec.control(n);
+        const ui::ControlLayout* c = layout.control(n);
         ASSERT_NE(c, nullptr) << "control " << n;
         EXPECT_EQ(c->kind, kind) << "control " << n;
         numbers.insert(n);
     }
-    for (const ui::ControlSpec& c : spec.controls) {
+    for (const ui::ControlLayout& c : layout.controls) {
         if (!numbers.count(c.number)) {
             EXPECT_EQ(c.kind, ControlKind::Static) << "control " << c.number
                                                    << " would need the handler";
@@ -47,9 +47,9 @@ TEST(DialogDescription, SettingsDialogHasTheHandlersControls) {
             EXPECT_LE(c.caption.stringNumber, 20013) << "control " << c.number;
         }
     }
-    if (spec.title.stringNumber != 0) {
-        EXPECT_GE(spec.title.stringNumber, 20000);
-        EXPECT_LE(spec.title.stringNumber, 20013);
+    if (layout.title.stringNumber != 0) {
+        EXPECT_GE(layout.title.stringNumber, 20000);
+        EXPECT_LE(layout.title.stringNumber, 20013);
     }
 }
 
@@ -66,18 +66,18 @@ TEST(DialogDescription, ReadsEveryFormOfCaption) {
         "1 button string 20000\n"
         "2 checkbox \"say \\\"hi\\\" \\\\ # not a comment\\n\" fr-CA \"allô\"\n"
         "  32767\tstatic \"\"\n";
-    ui::DialogSpec spec;
+    ui::DialogLayout layout;
     std::string why;
-    ASSERT_TRUE(ui::parseDialog(text, &spec, &why)) << why;
-    EXPECT_EQ(spec.number, 300);
-    EXPECT_EQ(spec.title.text, "T");
-    EXPECT_EQ(spec.title.byLanguage.at("de"), "Titel");
-    ASSERT_EQ(spec.controls.size(), 3u);
-    EXPECT_EQ(spec.controls[0].caption.stringNumber, 20000);
-    EXPECT_EQ(spec.controls[1].kind, ControlKind::CheckBox);
-    EXPECT_EQ(spec.controls[1].caption.text, "say \"hi\" \\ # not a comment\n");
-    EXPECT_EQ(spec.controls[1].caption.byLanguage.at("fr-CA"), "all\xC3\xB4");
-    EXPECT_EQ(spec.controls[2].number, 32767);
+    ASSERT_TRUE(ui::parseDialog(text, &layout, &why)) << why;
+    EXPECT_EQ(layout.number, 300);
+    EXPECT_EQ(layout.title.text, "T");
+    EXPECT_EQ(layout.title.byLanguage.at("de"), "Titel");
+    ASSERT_EQ(layout.controls.size(), 3u);
+    EXPECT_EQ(layout.controls[0].caption.stringNumber, 20000);
+    EXPECT_EQ(layout.controls[1].kind, ControlKind::CheckBox);
+    EXPECT_EQ(layout.controls[1].caption.text, "say \"hi\" \\ # not a comment\n");
+    EXPECT_EQ(layout.controls[1].caption.byLanguage.at("fr-CA"), "all\xC3\xB4");
+    EXPECT_EQ(layout.controls[2].number, 32767);
 }
 
 TEST(DialogDescription, RefusesMalformedTextNamingTheLine) {
@@ -109,9 +109,9 @@ TEST(DialogDescription, RefusesMalformedTextNamingTheLine) {
         {"dialog 9\n2 static \"\xC3\"", "line 2: text is not UTF-8"},
     };
     for (auto [text, expected] : cases) {
-        ui::DialogSpec spec;
+        ui::DialogLayout layout;
         std::string why;
-        EXPECT_FALSE(ui::parseDialog(text, &spec, &why)) << text;
+        EXPECT_FALSE(ui::parseDialog(text, &layout, &why)) << text;
         EXPECT_EQ(why.rfind(expected, 0), 0u) << text << " gave: " << why;
     }
 }
@@ -121,13 +121,13 @@ using DialogCaptions = HostUi;
 // Controls start with their caption in the host's language, else the first
 // text; string captions come from the plug-in's table, else read as numbers.
 TEST_F(DialogCaptions, ControlsStartWithTheCaptionOfTheLanguage) {
-    ui::DialogSpec spec;
+    ui::DialogLayout layout;
     std::string why;
     ASSERT_TRUE(ui::parseDialog("dialog 77\n1 button \"OK\"\n2 button \"Cancel\" de \"Abbrechen\"\n"
                                 "3 static string 20012\n",
-                                &spec, &why))
+                                &layout, &why))
         << why;
-    ui::addDialog(spec);
+    ui::addDialog(layout);
     struct Case {
         const char* language;
         bool source;

@@ -118,7 +118,8 @@ TEST_F(HostDialog, HandlerThatNeverEndsTheDialogIsAnError) {
     EXPECT_EQ(errorKinds(), std::vector<ErrorKind>{ErrorKind::NeverEnded});
     // Forced to an end all the same: the handle is dead.
     FX_EndDialog(h, FXT_VERSION);
-    EXPECT_EQ(errorKinds(), (std::vector<ErrorKind>{ErrorKind::NeverEnded, ErrorKind::EndedDialog}));
+    EXPECT_EQ(errorKinds(),
+              (std::vector<ErrorKind>{ErrorKind::NeverEnded, ErrorKind::EndedDialog}));
 }
 
 // A step a user could not take is refused: recorded, not performed, no message.
@@ -130,7 +131,7 @@ struct Refusal {
 };
 
 TEST_F(HostDialog, StepsOnUnknownDisabledHiddenOrUnfitControlsAreRefused) {
-    auto hide10 = ui::inspect([](const ui::DialogRun& r) {
+    auto hide10 = ui::peek([](const ui::DialogRun& r) {
         FX_ShowHideDlgItem(r.handle, 10, 0, FXT_VERSION);
     });
     const Refusal cases[] = {
@@ -185,7 +186,7 @@ TEST_F(HostDialog, EnableStateFollowsTheRemovalAndLabelBoxes) {
     const Expect all{{1, 2, 4, 6, 8, 9, 10, 11}, {}};
     const Expect noLabel{{1, 2, 4, 6, 8, 9, 11}, {10}};
     auto check = [](const Expect& e) {
-        return ui::inspect([e](const ui::DialogRun& r) {
+        return ui::peek([e](const ui::DialogRun& r) {
             for (int16_t n : e.enabled) EXPECT_TRUE(r.control(n)->enabled) << "control " << n;
             for (int16_t n : e.disabled) EXPECT_FALSE(r.control(n)->enabled) << "control " << n;
         });
@@ -255,11 +256,14 @@ TEST_F(HostDialog, StepsAfterTheEndAreDroppedUnlessLate) {
     hostui::HostUi::SetUp();
     ui::scriptDialog({ui::click(1), ui::late(ui::press(1))});
     FX_Dialog(20009, reinterpret_cast<void*>(&careless), nullptr, 0, nullptr, FXT_VERSION);
-    EXPECT_EQ(errorKinds(), (std::vector<ErrorKind>{ErrorKind::EndedDialog, ErrorKind::EndedDialog}))
+    EXPECT_EQ(errorKinds(), std::vector<ErrorKind>(2, ErrorKind::EndedDialog))
         << ui::errorText();
 }
 
 int gCalls = 0;
+void* showWith(int16_t number, FF_DialogHandlerProcPtr handler) {
+    return FX_Dialog(number, reinterpret_cast<void*>(handler), nullptr, 0, nullptr, FXT_VERSION);
+}
 bool counting(OpaqueCocoaWindow*, uint32_t, int64_t, int64_t, void*) {
     ++gCalls;
     return true;
@@ -267,11 +271,11 @@ bool counting(OpaqueCocoaWindow*, uint32_t, int64_t, int64_t, void*) {
 
 TEST_F(HostDialog, WithoutDescriptionAnswersNullAndNeverCallsTheHandler) {
     gCalls = 0;
-    EXPECT_EQ(FX_Dialog(20010, reinterpret_cast<void*>(&counting), nullptr, 0, nullptr, FXT_VERSION),
+    EXPECT_EQ(showWith(20010, &counting),
               nullptr);
     EXPECT_EQ(errorKinds(), std::vector<ErrorKind>{ErrorKind::NoDescription});
     hostsim::reset();  // no folder at all
-    EXPECT_EQ(FX_Dialog(20009, reinterpret_cast<void*>(&counting), nullptr, 0, nullptr, FXT_VERSION),
+    EXPECT_EQ(showWith(20009, &counting),
               nullptr);
     EXPECT_EQ(gCalls, 0);
     EXPECT_EQ(errorKinds(), std::vector<ErrorKind>{ErrorKind::NoDescription});
@@ -283,16 +287,16 @@ TEST_F(HostDialog, WithoutDescriptionAnswersNullAndNeverCallsTheHandler) {
 }
 
 TEST_F(HostDialog, DescriptionRegisteredInCodeWinsOverTheFolder) {
-    ui::DialogSpec spec;
+    ui::DialogLayout layout;
     std::string why;
     ASSERT_TRUE(ui::parseDialog("dialog 20009\n1 button \"Go\"\n2 button \"Stop\"\n"
                                 "4 number \"12\"\n",
-                                &spec, &why))
+                                &layout, &why))
         << why;
-    ui::addDialog(spec);
+    ui::addDialog(layout);
     ui::scriptDialog({ui::type(6, "1"), ui::click(1)});
     gCalls = 0;
-    FX_Dialog(20009, reinterpret_cast<void*>(&counting), nullptr, 0, nullptr, FXT_VERSION);
+    showWith(20009, &counting);
     const ui::DialogRun& r = ui::dialogs()[0];
     EXPECT_EQ(r.controls.size(), 3u);
     EXPECT_EQ(r.control(4)->value, 12) << "a number field starts with its caption's number";

@@ -106,7 +106,9 @@ void checkCapacity(void (*get)(void*, int16_t, void*, int16_t, uint32_t),
 
 void get8(void* d, int16_t i, void* b, int16_t l, uint32_t v) { FX_GetDlgString(d, i, b, l, v); }
 void set8(void* d, int16_t i, void* t, uint32_t v) { FX_SetDlgString(d, i, t, v); }
-void get16(void* d, int16_t i, void* b, int16_t l, uint32_t v) { FX_GetDlgString_UTF16(d, i, b, l, v); }
+void get16(void* d, int16_t i, void* b, int16_t l, uint32_t v) {
+    FX_GetDlgString_UTF16(d, i, b, l, v);
+}
 void set16(void* d, int16_t i, void* t, uint32_t v) { FX_SetDlgString_UTF16(d, i, t, v); }
 
 TEST_F(DialogItems, EightBitGetterFillsLimitBytesTerminatorIncluded) {
@@ -199,8 +201,10 @@ TEST_F(DialogItems, CallsOnEndedOrUnknownDialogsAreErrorsAndDoNothing) {
         {"FX_GetDlgItemVal", [](void* d) { EXPECT_EQ(FX_GetDlgItemVal(d, 4, 3, FXT_VERSION), 0); }},
         {"FX_SetDlgItemVal", [](void* d) { FX_SetDlgItemVal(d, 4, 3, 9, FXT_VERSION); }},
         {"FX_GetDlgString", [&](void* d) { FX_GetDlgString(d, 6, buffer, 8, FXT_VERSION); }},
-        {"FX_GetDlgString_UTF16", [&](void* d) { FX_GetDlgString_UTF16(d, 10, units, 8, FXT_VERSION); }},
-        {"FX_SetDlgString", [](void* d) { FX_SetDlgString(d, 6, const_cast<char*>("9"), FXT_VERSION); }},
+        {"FX_GetDlgString_UTF16",
+         [&](void* d) { FX_GetDlgString_UTF16(d, 10, units, 8, FXT_VERSION); }},
+        {"FX_SetDlgString",
+         [](void* d) { FX_SetDlgString(d, 6, const_cast<char*>("9"), FXT_VERSION); }},
         {"FX_SetDlgString_UTF16",
          [](void* d) { FX_SetDlgString_UTF16(d, 10, const_cast<char16_t*>(u"9"), FXT_VERSION); }},
     };

@@ -14,7 +14,7 @@ namespace ui {
 using HandlerProc = bool (*)(OpaqueCocoaWindow*, uint32_t, int64_t, int64_t, void*);
 
 void setDialogFolder(const std::string& folder) { uiState().folder = folder; }
-void addDialog(const DialogSpec& spec) { uiState().registered[spec.number] = spec; }
+void addDialog(const DialogLayout& layout) { uiState().registered[layout.number] = layout; }
 void setLanguage(const std::string& language) { uiState().language = language; }
 void setStringSource(std::function<bool(int32_t, std::u16string*)> source) {
     uiState().strings = std::move(source);
@@ -61,10 +61,10 @@ Step message(uint32_t msg, int64_t wParam, int64_t lParam) {
     return s;
 }
 
-Step inspect(std::function<void(const DialogRun&)> fn) {
+Step peek(std::function<void(const DialogRun&)> fn) {
     Step s;
-    s.action = Step::Action::Inspect;
-    s.inspect = std::move(fn);
+    s.action = Step::Action::Peek;
+    s.peek = std::move(fn);
     return s;
 }
 
@@ -81,11 +81,11 @@ constexpr int16_t kCancel = 2;
 
 std::string name(const DialogRun& r) { return "dialog " + std::to_string(r.number); }
 
-bool describe(int16_t number, DialogSpec* spec) {
+bool describe(int16_t number, DialogLayout* layout) {
     UiState& s = uiState();
     auto it = s.registered.find(number);
     if (it != s.registered.end()) {
-        *spec = it->second;
+        *layout = it->second;
         return true;
     }
     std::string why;
@@ -99,8 +99,9 @@ bool describe(int16_t number, DialogSpec* spec) {
         } else {
             std::ostringstream text;
             text << in.rdbuf();
-            if (!parseDialog(text.str(), spec, &why)) why = path + ", " + why;
-            else if (spec->number != number) why = path + " describes dialog " + std::to_string(spec->number);
+            if (!parseDialog(text.str(), layout, &why)) why = path + ", " + why;
+            else if (layout->number != number)
+                why = path + " describes dialog " + std::to_string(layout->number);
             else return true;
         }
     }
@@ -177,9 +178,15 @@ std::string refusal(const DialogRun& r, const Step& s) {
     if (!c->enabled) return what + " is disabled";
     bool fits = false;
     switch (s.action) {
-    case Step::Action::Type: fits = c->kind == ControlKind::Number || c->kind == ControlKind::Text; break;
-    case Step::Action::SetValue: fits = c->kind == ControlKind::Number || c->kind == ControlKind::CheckBox; break;
-    case Step::Action::Click: fits = c->kind == ControlKind::Button || c->kind == ControlKind::CheckBox; break;
+    case Step::Action::Type:
+        fits = c->kind == ControlKind::Number || c->kind == ControlKind::Text;
+        break;
+    case Step::Action::SetValue:
+        fits = c->kind == ControlKind::Number || c->kind == ControlKind::CheckBox;
+        break;
+    case Step::Action::Click:
+        fits = c->kind == ControlKind::Button || c->kind == ControlKind::CheckBox;
+        break;
     default: fits = true;
     }
     return fits ? "" : what + " does not take this action";
@@ -192,8 +199,8 @@ void userFocus(DialogRun& r, int16_t control) {
 
 void play(DialogRun& r, size_t index, const Step& s) {
     switch (s.action) {
-    case Step::Action::Inspect:
-        if (s.inspect) s.inspect(r);
+    case Step::Action::Peek:
+        if (s.peek) s.peek(r);
         ++r.stepsPlayed;
         return;
     case Step::Action::Press:
@@ -247,8 +254,8 @@ uint64_t dialog(Call& c) {
         badArgument("FX_Dialog", "no handler for dialog " + std::to_string(number));
         return 0;
     }
-    DialogSpec spec;
-    if (!describe(number, &spec)) return 0;
+    DialogLayout layout;
+    if (!describe(number, &layout)) return 0;
 
     s.windows.push_back(std::make_unique<OpaqueCocoaWindow>(OpaqueCocoaWindow{s.runs.size()}));
     s.runs.emplace_back();
@@ -259,11 +266,11 @@ uint64_t dialog(Call& c) {
     r.flags = i16(c, 3);
     r.userData = c.ptr<void>(4);
     r.handle = s.windows.back().get();
-    for (const ControlSpec& cs : spec.controls) {
+    for (const ControlLayout& cl : layout.controls) {
         Control ctl;
-        ctl.number = cs.number;
-        ctl.kind = cs.kind;
-        setText(ctl, captionText(cs.caption));
+        ctl.number = cl.number;
+        ctl.kind = cl.kind;
+        setText(ctl, captionText(cl.caption));
         r.controls.push_back(ctl);
     }
 
@@ -351,7 +358,8 @@ template <class Unit> bool room(const Call& c, const char* fn) {
         return false;
     }
     if (i16(c, 3) < 1) {
-        badArgument(fn, "limit " + std::to_string(i16(c, 3)) + " leaves no room for the terminator");
+        badArgument(fn, "limit " + std::to_string(i16(c, 3)) +
+                            " leaves no room for the terminator");
         return false;
     }
     return true;

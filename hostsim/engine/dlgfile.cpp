@@ -148,8 +148,8 @@ bool kindOf(const Token& t, ControlKind* out) {
 
 }  // namespace
 
-bool parseDialog(const std::string& text, DialogSpec* out, std::string* error) {
-    DialogSpec spec;
+bool parseDialog(const std::string& text, DialogLayout* out, std::string* error) {
+    DialogLayout layout;
     bool haveDialog = false;
     std::set<int16_t> seen;
     size_t lineNo = 0;
@@ -170,15 +170,16 @@ bool parseDialog(const std::string& text, DialogSpec* out, std::string* error) {
         if (t.empty()) continue;
         long n = 0;
         if (!haveDialog) {
-            if (t[0].quoted || t[0].text != "dialog") return fail("the first line must be: dialog NUMBER");
+            if (t[0].quoted || t[0].text != "dialog")
+                return fail("the first line must be: dialog NUMBER");
             if (t.size() < 2 || !number(t[1], 1, INT16_MAX, &n))
                 return fail("dialog needs a number from 1 to 32767");
-            spec.number = static_cast<int16_t>(n);
-            if (t.size() > 2 && !caption(t, 2, &spec.title, &why)) return fail(why);
+            layout.number = static_cast<int16_t>(n);
+            if (t.size() > 2 && !caption(t, 2, &layout.title, &why)) return fail(why);
             haveDialog = true;
             continue;
         }
-        ControlSpec c;
+        ControlLayout c;
         if (!number(t[0], 1, INT16_MAX, &n))
             return fail("a control line begins with its number, from 1 to 32767");
         c.number = static_cast<int16_t>(n);
@@ -186,13 +187,13 @@ bool parseDialog(const std::string& text, DialogSpec* out, std::string* error) {
         if (t.size() < 2 || !kindOf(t[1], &c.kind))
             return fail("kind must be button, number, text, static or checkbox");
         if (!caption(t, 2, &c.caption, &why)) return fail(why);
-        spec.controls.push_back(c);
+        layout.controls.push_back(c);
     }
     if (!haveDialog) {
         if (error) *error = "line " + std::to_string(lineNo) + ": no dialog line";
         return false;
     }
-    *out = spec;
+    *out = layout;
     return true;
 }
 

@@ -28,7 +28,8 @@ Progress* display(const Call& c, const char* fn) {
         if (d.get() != handle) continue;
         Progress& p = uiState().progress[d->index];
         if (p.ended) {
-            addError(ErrorKind::ProgressEnded, std::string(fn) + ": the progress display has ended");
+            addError(ErrorKind::ProgressEnded,
+                     std::string(fn) + ": the progress display has ended");
             return nullptr;
         }
         return &p;

@@ -30,7 +30,7 @@ struct ProgressDisplay {
 struct UiState {
     // Dialogs
     std::string folder;
-    std::map<int16_t, DialogSpec> registered;
+    std::map<int16_t, DialogLayout> registered;
     std::string language = "en";
     std::function<bool(int32_t, std::u16string*)> strings;
     std::deque<std::vector<Step>> scripts;

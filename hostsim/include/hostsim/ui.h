@@ -42,18 +42,18 @@ struct Caption {
     std::map<std::string, std::string> byLanguage;
 };
 
-struct ControlSpec {
+struct ControlLayout {
     int16_t number = 0;
     ControlKind kind = ControlKind::Static;
     Caption caption;
 };
 
-struct DialogSpec {
+struct DialogLayout {
     int16_t number = 0;
     Caption title;
-    std::vector<ControlSpec> controls;
-    const ControlSpec* control(int16_t n) const {
-        for (const ControlSpec& c : controls)
+    std::vector<ControlLayout> controls;
+    const ControlLayout* control(int16_t n) const {
+        for (const ControlLayout& c : controls)
             if (c.number == n) return &c;
         return nullptr;
     }
@@ -61,13 +61,13 @@ struct DialogSpec {
 
 // Reads the text of a description file (format: resources/dialog20009.dlg).
 // False with "line N: why" in *error when it does not parse.
-HOSTSIM_API bool parseDialog(const std::string& text, DialogSpec* out, std::string* error);
+HOSTSIM_API bool parseDialog(const std::string& text, DialogLayout* out, std::string* error);
 
 // FX_Dialog looks for <folder>/dialog<number>.dlg; the plug-in's bundle's
 // Contents/Resources is the folder to pass. A description registered in code
 // wins over the folder.
 HOSTSIM_API void setDialogFolder(const std::string& folder);
-HOSTSIM_API void addDialog(const DialogSpec& spec);
+HOSTSIM_API void addDialog(const DialogLayout& layout);
 // The language whose captions controls start with ("en" by default).
 HOSTSIM_API void setLanguage(const std::string& language);
 // Texts of string-number captions; without it, or when it answers false,
@@ -83,7 +83,7 @@ struct DialogRun;
 // control or one of the wrong kind. press and message are raw: they send
 // their message whatever the controls are.
 struct Step {
-    enum class Action : uint8_t { Type, SetValue, Click, Press, Message, Inspect };
+    enum class Action : uint8_t { Type, SetValue, Click, Press, Message, Peek };
     Action action = Action::Press;
     int16_t control = 0;
     std::u16string text;
@@ -92,7 +92,7 @@ struct Step {
     int64_t wParam = 0;
     int64_t lParam = 0;
     bool late = false;  // played even after the dialog has ended
-    std::function<void(const DialogRun&)> inspect;
+    std::function<void(const DialogRun&)> peek;
 };
 
 // Types UTF-8 text into a number or text field (it takes the focus), then 273.
@@ -106,7 +106,7 @@ HOSTSIM_API Step press(int16_t control);
 // Sends any message.
 HOSTSIM_API Step message(uint32_t msg, int64_t wParam, int64_t lParam);
 // Calls fn with the dialog as it stands; sends nothing.
-HOSTSIM_API Step inspect(std::function<void(const DialogRun&)> fn);
+HOSTSIM_API Step peek(std::function<void(const DialogRun&)> fn);
 // The step, delivered even when the dialog has already ended (a message the
 // window had queued).
 HOSTSIM_API Step late(Step s);
