@@ -305,6 +305,20 @@ TEST_F(HostDialog, DescriptionRegisteredInCodeWinsOverTheFolder) {
     EXPECT_EQ(gCalls, 3);  // 272, OK, close box
 }
 
+// A host call that fails runs no dialog and leaves the script to the next one.
+TEST_F(HostDialog, FailedCallShowsNothingAndKeepsTheScript) {
+    hostsim::failCall(hostsim::Fx::FX_Dialog, 1);
+    ui::scriptDialog({ui::type(4, "3"), ui::click(1)});
+    Settings s;
+    EXPECT_EQ(hostui::showSettings(&s), nullptr);
+    EXPECT_TRUE(ui::dialogs().empty());
+    EXPECT_EQ(s.confirmed, 0);
+    EXPECT_NE(hostui::showSettings(&s), nullptr);
+    EXPECT_EQ(s.fret, 3);
+    EXPECT_EQ(s.confirmed, 1);
+    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+}
+
 TEST_F(HostDialog, ResetBringsTheBuiltInDialogBack) {
     hostsim::setResult(hostsim::Fx::FX_Dialog, 0);
     Settings s;
