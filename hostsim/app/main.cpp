@@ -4,6 +4,7 @@
 // it learnt.
 #include "hostsim/host.h"
 #include "hostsim/plugin.h"
+#include "hostsim/ui.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 
@@ -71,6 +72,8 @@ int main(int argc, char** argv) {
         return 1;
     }
     std::printf("Loaded plug-in %s\n", plugin.imagePath().c_str());
+    // The plug-in's dialogs are described in its own bundle.
+    hostsim::ui::setDialogFolder(plugin.bundlePath() + "/Contents/Resources");
 
     using MainFn = int (*)(int, char**);
     using VersionFn = uint32_t (*)(uint32_t);

@@ -4,6 +4,7 @@
 
 #include "hostsim/host.h"
 
+#include <array>
 #include <cstring>
 
 namespace hostsim {
@@ -13,10 +14,17 @@ namespace hostsim {
 uint64_t dispatch(Fx fx, const uint64_t* args, size_t n);
 // Called by the resolver at every lookup: counts it, answers presence.
 bool resolve(Fx fx);
-// The document store (docstore.cpp): which functions it serves when no result
-// or behaviour is programmed, and its return to an empty document.
+// The document store (docstore.cpp): which functions it serves as built-in
+// behaviours, and its return to an empty document.
 bool servedByDocument(Fx fx);
 void resetDocument();
+
+// The host's own behaviours: what a call does when the scenario has
+// programmed neither a behaviour nor a result for it.
+using BuiltIns = std::array<Handler, kFxCount>;
+// The user interface (dialogs, alerts, progress display): ui.cpp.
+void addUiBuiltIns(BuiltIns& b);
+void resetUi();
 
 }  // namespace hostsim
 

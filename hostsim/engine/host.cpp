@@ -13,13 +13,19 @@ struct State {
     std::array<bool, kFxCount> present;
     std::array<int, kFxCount> lookups{};
     std::array<uint64_t, kFxCount> results{};
-    std::array<bool, kFxCount> programmed{};  // a result was set: it wins over the document
     std::array<size_t, kFxCount> counts{};
     std::array<Handler, kFxCount> handlers;
+    std::array<bool, kFxCount> programmed{};  // setResult since the last reset
+    BuiltIns builtIns;
     std::map<std::pair<int, size_t>, bool> faults;  // (fx, call number) to fail
     std::vector<Call> log;
     bool logging = true;
-    State() { present.fill(true); }
+    State() {
+        present.fill(true);
+        addUiBuiltIns(builtIns);
+        for (int i = 0; i < kFxCount; ++i)
+            if (servedByDocument(static_cast<Fx>(i))) builtIns[i] = [](Call& c) { return doc::serve(c); };
+    }
 };
 
 State& state() {
@@ -81,13 +87,14 @@ void reset() {
     s.present.fill(true);
     s.lookups.fill(0);
     s.results.fill(0);
-    s.programmed.fill(false);
     s.counts.fill(0);
     for (auto& h : s.handlers) h = nullptr;
+    s.programmed.fill(false);
     s.faults.clear();
     s.log.clear();
     s.logging = true;
     resetDocument();
+    resetUi();
 }
 
 void setPresent(Fx fx, bool present) { state().present[idx(fx)] = present; }
@@ -133,7 +140,7 @@ uint64_t dispatch(Fx fx, const uint64_t* args, size_t n) {
     if (s.logging) s.log.push_back(c);
     if (!c.faulted) {
         if (s.handlers[idx(fx)]) c.result = s.handlers[idx(fx)](c);
-        else if (!s.programmed[idx(fx)] && servedByDocument(fx)) c.result = doc::serve(c);
+        else if (!s.programmed[idx(fx)] && s.builtIns[idx(fx)]) c.result = s.builtIns[idx(fx)](c);
         else c.result = s.results[idx(fx)];
     }
     if (s.logging && at < s.log.size()) s.log[at].result = c.result;

@@ -55,7 +55,8 @@ struct Call {
 using Handler = std::function<uint64_t(Call&)>;
 
 // Everything back to a fresh host: all functions present, no results, no
-// handlers, no faults, empty log, empty document (document.h).
+// handlers, no faults, empty log, empty document (document.h), the built-in
+// behaviours of ui.h with no scripts and no records.
 HOSTSIM_API void reset();
 
 HOSTSIM_API void setPresent(Fx fx, bool present);
@@ -64,8 +65,8 @@ HOSTSIM_API bool isPresent(Fx fx);
 // How many times the plug-in looked the name up (one per dlsym).
 HOSTSIM_API int lookups(Fx fx);
 
-// A programmed result or a behaviour replaces the document store's own
-// behaviour for the functions it serves (document.h).
+// A programmed result or a behaviour replaces the host's own: the document
+// store's (document.h) or a built-in one (ui.h).
 HOSTSIM_API void setResult(Fx fx, uint64_t raw);
 HOSTSIM_API void setHandler(Fx fx, Handler h);
 // The k-th call of fx from now on (1 = the next) fails: it answers 0 (null,

@@ -1,0 +1,8 @@
+# The simulated host's user interface (dialogs, alerts, progress display),
+# driven through the plug-in's own forwarders.
+capochords_test(hostui_test
+  hostui_support.cpp
+  hostui_dialog_test.cpp
+  hostui_items_test.cpp
+  hostui_description_test.cpp
+  hostui_alert_progress_test.cpp)

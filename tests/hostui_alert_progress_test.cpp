@@ -1,0 +1,185 @@
+// Alerts answered from a script, and the progress display that cancels at
+// the scenario's step, each recorded call by call.
+#include "hostui_support.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+
+namespace ui = hostsim::ui;
+using hostui::HostUi;
+using ui::ErrorKind;
+
+namespace {
+
+using Alerts = HostUi;
+using ProgressDisplay = HostUi;
+
+void* tag(uintptr_t v) { return reinterpret_cast<void*>(v); }
+
+int16_t alert16(void* parent, uint16_t kind, const char16_t* text) {
+    return FX_AlertMessage_UTF16(parent, kind, 0, const_cast<char16_t*>(text), FXT_VERSION);
+}
+
+TEST_F(Alerts, AnswerFromTheScriptThenOkAndAreRecorded) {
+    ui::scriptAlerts({2, 0});
+    EXPECT_EQ(alert16(tag(0x10), 33, u"Whole document?"), 2);
+    EXPECT_EQ(FX_AlertMessage(nullptr, 64, 7, const_cast<char*>("Caf\x8E"), FXT_VERSION), 0);
+    EXPECT_EQ(alert16(tag(0x30), 48, u"\U0001F3B8 \u00E9"), 1) << "script used up: OK";
+    EXPECT_EQ(alert16(nullptr, 64, u""), 1);
+
+    struct Expected {
+        bool utf16;
+        void* parent;
+        uint16_t kind;
+        int32_t third;
+        const char* text;
+        int16_t answer;
+    };
+    const Expected expected[] = {
+        {true, tag(0x10), 33, 0, "Whole document?", 2},
+        {false, nullptr, 64, 7, "Caf\xC3\xA9", 0},
+        {true, tag(0x30), 48, 0, "\xF0\x9F\x8E\xB8 \xC3\xA9", 1},
+        {true, nullptr, 64, 0, "", 1},
+    };
+    ASSERT_EQ(ui::alerts().size(), 4u);
+    for (size_t i = 0; i < 4; ++i) {
+        const ui::Alert& a = ui::alerts()[i];
+        EXPECT_EQ(a.utf16, expected[i].utf16) << i;
+        EXPECT_EQ(a.parent, expected[i].parent) << i;
+        EXPECT_EQ(a.kind, expected[i].kind) << i;
+        EXPECT_EQ(a.third, expected[i].third) << i;
+        EXPECT_EQ(a.text, expected[i].text) << i;
+        EXPECT_EQ(a.answer, expected[i].answer) << i;
+    }
+    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+}
+
+TEST_F(Alerts, EightBitTextIsReadAsMacRoman) {
+    std::string high;
+    for (int b = 0x80; b <= 0xFF; ++b) high.push_back(static_cast<char>(b));
+    FX_AlertMessage(nullptr, 48, 0, &high[0], FXT_VERSION);
+    CFStringRef s = CFStringCreateWithCString(kCFAllocatorDefault, high.c_str(),
+                                              kCFStringEncodingMacRoman);
+    ASSERT_NE(s, nullptr);
+    char utf8[600];
+    ASSERT_TRUE(CFStringGetCString(s, utf8, sizeof utf8, kCFStringEncodingUTF8));
+    CFRelease(s);
+    ASSERT_EQ(ui::alerts().size(), 1u);
+    EXPECT_EQ(ui::alerts()[0].text, utf8);
+}
+
+TEST_F(Alerts, WithoutTextIsAnErrorButStillAnswered) {
+    ui::scriptAlerts({2});
+    EXPECT_EQ(FX_AlertMessage(nullptr, 64, 0, nullptr, FXT_VERSION), 2);
+    EXPECT_EQ(FX_AlertMessage_UTF16(nullptr, 64, 0, nullptr, FXT_VERSION), 1);
+    EXPECT_EQ(errorKinds(), std::vector<ErrorKind>(2, ErrorKind::BadArgument));
+    EXPECT_EQ(ui::alerts().size(), 2u);
+}
+
+TEST_F(Alerts, ResetForgetsScriptedAnswersAndAProgrammedResultWins) {
+    ui::scriptAlerts({2});
+    hostsim::reset();
+    EXPECT_EQ(alert16(nullptr, 33, u"?"), 1);
+    hostsim::setResult(hostsim::Fx::FX_AlertMessage_UTF16, 5);
+    EXPECT_EQ(alert16(nullptr, 33, u"?"), 5);
+    EXPECT_EQ(ui::alerts().size(), 1u) << "the programmed result replaced the alert";
+    hostsim::reset();
+    EXPECT_EQ(alert16(nullptr, 33, u"?"), 1);
+    EXPECT_EQ(ui::alerts().size(), 1u);
+}
+
+// Runs one display of `calls` progress calls with the arguments a run over
+// staves and measures passes, and answers what the display said.
+std::vector<int16_t> runDisplay(int calls, int16_t cancelledFlag) {
+    void* h = FX_StartMassEdit(nullptr, calls, FXT_VERSION);
+    EXPECT_NE(h, nullptr);
+    std::vector<int16_t> answers;
+    for (int i = 0; i < calls; ++i)
+        answers.push_back(FX_MassEditProgress(h, 1, static_cast<int16_t>(i % 3 + 1),
+                                              static_cast<int16_t>(i / 3 + 1), -1, FXT_VERSION));
+    FX_EndMassEdit(h, cancelledFlag, FXT_VERSION);
+    return answers;
+}
+
+TEST_F(ProgressDisplay, CancelsAtTheScriptedStepAndEveryStepAfter) {
+    struct Case {
+        int cancelAt, calls;
+        std::vector<int16_t> answers;
+    };
+    const Case cases[] = {
+        {0, 4, {1, 1, 1, 1}},       {1, 3, {0, 0, 0}},          {3, 5, {1, 1, 0, 0, 0}},
+        {5, 4, {1, 1, 1, 1}},       {4, 4, {1, 1, 1, 0}},       {-2, 2, {1, 1}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << "cancel at " << c.cancelAt);
+        hostsim::reset();
+        ui::scriptProgress({c.cancelAt});
+        EXPECT_EQ(runDisplay(c.calls, 1), c.answers);
+        ASSERT_EQ(ui::progress().size(), 1u);
+        const ui::Progress& p = ui::progress()[0];
+        EXPECT_EQ(p.steps, c.calls);
+        EXPECT_EQ(p.first, nullptr);
+        EXPECT_TRUE(p.ended);
+        EXPECT_EQ(p.cancelled, 1);
+        ASSERT_EQ(p.calls.size(), size_t(c.calls));
+        for (int i = 0; i < c.calls; ++i) {
+            const ui::ProgressCall& call = p.calls[size_t(i)];
+            EXPECT_EQ(call.a, 1);
+            EXPECT_EQ(call.b, i % 3 + 1);
+            EXPECT_EQ(call.c, i / 3 + 1);
+            EXPECT_EQ(call.d, -1);
+            EXPECT_EQ(call.answer, c.answers[size_t(i)]);
+        }
+        EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+    }
+}
+
+TEST_F(ProgressDisplay, ScriptServesSuccessiveDisplaysInOrder) {
+    ui::scriptProgress({0, 2});
+    EXPECT_EQ(runDisplay(3, 0), (std::vector<int16_t>{1, 1, 1}));
+    EXPECT_EQ(runDisplay(3, 1), (std::vector<int16_t>{1, 0, 0}));
+    EXPECT_EQ(runDisplay(3, 0), (std::vector<int16_t>{1, 1, 1})) << "beyond the script";
+    ASSERT_EQ(ui::progress().size(), 3u);
+    EXPECT_NE(ui::progress()[0].handle, ui::progress()[1].handle);
+    EXPECT_EQ(ui::progress()[1].cancelled, 1);
+    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+}
+
+TEST_F(ProgressDisplay, ObserverSeesStartEveryCallAndEnd) {
+    std::vector<size_t> seen;
+    ui::setProgressObserver(
+        [&](const ui::Progress& p) { seen.push_back(p.calls.size() + p.ended); });
+    ui::scriptProgress({2});
+    runDisplay(3, 1);
+    EXPECT_EQ(seen, (std::vector<size_t>{0, 1, 2, 3, 4}));
+}
+
+TEST_F(ProgressDisplay, MisuseIsRecorded) {
+    int notADisplay = 0;
+    // A handle of no display: answered 0, so that the caller stops.
+    EXPECT_EQ(FX_MassEditProgress(&notADisplay, 1, 0, 0, -1, FXT_VERSION), 0);
+    FX_EndMassEdit(nullptr, 0, FXT_VERSION);
+    EXPECT_EQ(errorKinds(), std::vector<ErrorKind>(2, ErrorKind::UnknownProgress));
+
+    hostsim::reset();
+    void* h = FX_StartMassEdit(nullptr, 2, FXT_VERSION);
+    FX_EndMassEdit(h, 0, FXT_VERSION);
+    EXPECT_EQ(FX_MassEditProgress(h, 1, 0, 0, -1, FXT_VERSION), 0);
+    FX_EndMassEdit(h, 1, FXT_VERSION);
+    EXPECT_EQ(errorKinds(), std::vector<ErrorKind>(2, ErrorKind::ProgressEnded));
+    EXPECT_EQ(ui::progress()[0].cancelled, 0) << "the second end changed nothing";
+    EXPECT_TRUE(ui::progress()[0].calls.empty());
+
+    hostsim::reset();
+    void* outer = FX_StartMassEdit(nullptr, 2, FXT_VERSION);
+    void* inner = FX_StartMassEdit(nullptr, 2, FXT_VERSION);
+    EXPECT_EQ(errorKinds(), (std::vector<ErrorKind>{ErrorKind::ProgressNested,
+                                                    ErrorKind::ProgressLeftOpen,
+                                                    ErrorKind::ProgressLeftOpen}));
+    FX_EndMassEdit(inner, 0, FXT_VERSION);
+    EXPECT_EQ(errorKinds(), (std::vector<ErrorKind>{ErrorKind::ProgressNested,
+                                                    ErrorKind::ProgressLeftOpen}));
+    FX_EndMassEdit(outer, 0, FXT_VERSION);
+    EXPECT_EQ(errorKinds(), std::vector<ErrorKind>{ErrorKind::ProgressNested});
+}
+
+}  // namespace

@@ -1,0 +1,336 @@
+// Modal dialogs as the host runs them: 272, the script's steps as 273
+// messages, the end by the handler or by the host's close box, and the steps
+// a user could not take.
+#include "hostui_support.h"
+
+#include <cstring>
+
+namespace ui = hostsim::ui;
+using hostui::HostUi;
+using hostui::Settings;
+using ui::ErrorKind;
+using ui::Source;
+
+namespace {
+
+using HostDialog = HostUi;
+
+struct Msg {
+    uint32_t message;
+    int64_t wParam;
+    Source source;
+    bool answer;
+};
+
+std::vector<Msg> messagesOf(const ui::DialogRun& r) {
+    std::vector<Msg> out;
+    for (const ui::Sent& s : r.sent) {
+        EXPECT_EQ(s.lParam, 0);
+        out.push_back({s.message, s.wParam, s.source, s.answer});
+    }
+    return out;
+}
+
+bool operator==(const Msg& a, const Msg& b) {
+    return a.message == b.message && a.wParam == b.wParam && a.source == b.source &&
+           a.answer == b.answer;
+}
+std::ostream& operator<<(std::ostream& o, const Msg& m) {
+    return o << "{" << m.message << "," << m.wParam << ",src" << int(m.source) << ","
+             << m.answer << "}";
+}
+
+TEST_F(HostDialog, OkReadsBackWhatTheScriptEntered) {
+    ui::scriptDialog({ui::type(4, "5"), ui::type(6, "2.5"), ui::click(8), ui::type(10, "Capo V"),
+                      ui::click(1)});
+    Settings s;
+    void* h = hostui::showSettings(&s);
+    ASSERT_NE(h, nullptr);
+    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+    ASSERT_EQ(ui::dialogs().size(), 1u);
+    const ui::DialogRun& r = ui::dialogs()[0];
+    EXPECT_EQ(static_cast<void*>(r.handle), h);
+    EXPECT_EQ(r.number, 20009);
+    EXPECT_EQ(r.parent, hostui::parentTag());
+    EXPECT_EQ(r.flags, 0x3001);
+    EXPECT_EQ(r.userData, &s);
+    EXPECT_EQ(r.ending, ui::Ending::Handler);
+    EXPECT_FALSE(r.closedByHost);
+    EXPECT_EQ(r.stepsPlayed, 5u);
+
+    EXPECT_EQ(s.confirmed, 1);
+    EXPECT_EQ(s.fret, 5);
+    EXPECT_STREQ(s.distance, "2.5");
+    EXPECT_EQ(s.chordFlag, 1);
+    EXPECT_EQ(s.showLabel, 1);
+    EXPECT_EQ(std::u16string(s.label), u"Capo V");
+    EXPECT_EQ(s.remove, 0);
+
+    const std::vector<Msg> expected = {
+        {272, 0, Source::Host, true},     {273, 4, Source::Script, true},
+        {273, 6, Source::Script, false},  {273, 8, Source::Script, false},
+        {273, 10, Source::Script, false}, {273, 1, Source::Script, true}};
+    EXPECT_EQ(messagesOf(r), expected);
+    // The handle reached the handler with every message: the handler's calls landed.
+    EXPECT_EQ(ui::utf8(r.control(7)->text), "EVPUs");
+    EXPECT_EQ(ui::utf8(r.control(3)->text), "Capo fret:") << "caption from the bundle's file";
+}
+
+TEST_F(HostDialog, ScriptsServeSuccessiveDialogsInOrder) {
+    ui::scriptDialog({ui::type(4, "7"), ui::click(1)});
+    ui::scriptDialog({ui::type(4, "9"), ui::click(2)});
+    Settings first, second;
+    hostui::showSettings(&first);
+    hostui::showSettings(&second);
+    EXPECT_EQ(first.confirmed, 1);
+    EXPECT_EQ(first.fret, 7);
+    EXPECT_EQ(second.confirmed, 0);
+    EXPECT_EQ(second.fret, 9) << "taken at the fret's own message, kept on Cancel";
+    ASSERT_EQ(ui::dialogs().size(), 2u);
+    EXPECT_NE(ui::dialogs()[0].handle, ui::dialogs()[1].handle);
+    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+}
+
+TEST_F(HostDialog, ScriptRunningOutClosesTheWindowWithCancel) {
+    Settings s;
+    ASSERT_NE(hostui::showSettings(&s), nullptr);
+    const ui::DialogRun& r = ui::dialogs()[0];
+    const std::vector<Msg> expected = {{272, 0, Source::Host, true},
+                                       {273, 2, Source::CloseBox, true}};
+    EXPECT_EQ(messagesOf(r), expected);
+    EXPECT_TRUE(r.closedByHost);
+    EXPECT_EQ(r.ending, ui::Ending::Handler);
+    EXPECT_EQ(s.confirmed, 0);
+    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+}
+
+bool neverEnds(OpaqueCocoaWindow*, uint32_t, int64_t, int64_t, void*) { return true; }
+
+TEST_F(HostDialog, HandlerThatNeverEndsTheDialogIsAnError) {
+    ui::scriptDialog({ui::click(1)});
+    void* h = FX_Dialog(20009, reinterpret_cast<void*>(&neverEnds), nullptr, 0, nullptr,
+                        FXT_VERSION);
+    EXPECT_NE(h, nullptr);
+    const ui::DialogRun& r = ui::dialogs()[0];
+    EXPECT_EQ(r.ending, ui::Ending::ForcedByHost);
+    EXPECT_TRUE(r.closedByHost);
+    EXPECT_EQ(r.sent.size(), 3u);  // 272, OK, the close box
+    EXPECT_EQ(errorKinds(), std::vector<ErrorKind>{ErrorKind::NeverEnded});
+    // Forced to an end all the same: the handle is dead.
+    FX_EndDialog(h, FXT_VERSION);
+    EXPECT_EQ(errorKinds(),
+              (std::vector<ErrorKind>{ErrorKind::NeverEnded, ErrorKind::EndedDialog}));
+}
+
+// A step a user could not take is refused: recorded, not performed, no message.
+struct Refusal {
+    const char* name;
+    std::vector<ui::Step> before;
+    ui::Step step;
+    const char* why;
+};
+
+TEST_F(HostDialog, StepsOnUnknownDisabledHiddenOrUnfitControlsAreRefused) {
+    auto hide10 = ui::peek([](const ui::DialogRun& r) {
+        FX_ShowHideDlgItem(r.handle, 10, 0, FXT_VERSION);
+    });
+    const Refusal cases[] = {
+        {"fret while removing", {ui::click(11)}, ui::type(4, "7"), "control 4 is disabled"},
+        {"distance while removing", {ui::click(11)}, ui::type(6, "1"), "control 6 is disabled"},
+        {"label box while removing", {ui::click(11)}, ui::click(9), "control 9 is disabled"},
+        {"label text without label", {ui::click(9)}, ui::type(10, "x"), "control 10 is disabled"},
+        {"fret value while removing", {ui::click(11)}, ui::setValue(4, 3), "control 4 is disabled"},
+        {"unknown field", {}, ui::type(12, "1"), "no control 12"},
+        {"unknown button", {}, ui::click(99), "no control 99"},
+        {"hidden field", {hide10}, ui::type(10, "x"), "control 10 is hidden"},
+        {"typing into a check box", {}, ui::type(9, "1"), "does not take this action"},
+        {"clicking a text field", {}, ui::click(6), "does not take this action"},
+        {"value of a static", {}, ui::setValue(7, 1), "does not take this action"},
+    };
+    for (const Refusal& c : cases) {
+        SCOPED_TRACE(c.name);
+        hostsim::reset();
+        ui::setDialogFolder(std::string(CAPOCHORDS_BUNDLE) + "/Contents/Resources");
+        std::vector<ui::Step> script = c.before;
+        script.push_back(c.step);
+        script.push_back(ui::click(1));
+        ui::scriptDialog(script);
+        Settings s;
+        hostui::showSettings(&s);
+        ASSERT_EQ(ui::dialogs().size(), 1u);
+        const ui::DialogRun& r = ui::dialogs()[0];
+        auto errs = ui::errors();
+        ASSERT_EQ(errs.size(), 1u) << ui::errorText();
+        EXPECT_EQ(errs[0].kind, ErrorKind::RefusedStep);
+        EXPECT_NE(errs[0].text.find(c.why), std::string::npos) << errs[0].text;
+        EXPECT_NE(errs[0].text.find("step " + std::to_string(script.size() - 1)),
+                  std::string::npos)
+            << errs[0].text;
+        EXPECT_EQ(r.stepsRefused, 1u);
+        for (const ui::Sent& m : r.sent)
+            if (m.source == Source::Script) {
+                EXPECT_NE(m.wParam, c.step.control) << "performed";
+            }
+        EXPECT_EQ(s.fret, 1);
+        EXPECT_EQ(std::u16string(s.label), u"Capo 1");
+        EXPECT_EQ(s.confirmed, 1) << "the steps after it still ran";
+    }
+}
+
+// Enable state as the handler leaves it after each step.
+TEST_F(HostDialog, EnableStateFollowsTheRemovalAndLabelBoxes) {
+    struct Expect {
+        std::vector<int16_t> enabled, disabled;
+    };
+    const Expect removing{{1, 2, 11}, {4, 6, 8, 9, 10}};
+    const Expect all{{1, 2, 4, 6, 8, 9, 10, 11}, {}};
+    const Expect noLabel{{1, 2, 4, 6, 8, 9, 11}, {10}};
+    auto check = [](const Expect& e) {
+        return ui::peek([e](const ui::DialogRun& r) {
+            for (int16_t n : e.enabled) EXPECT_TRUE(r.control(n)->enabled) << "control " << n;
+            for (int16_t n : e.disabled) EXPECT_FALSE(r.control(n)->enabled) << "control " << n;
+        });
+    };
+    ui::scriptDialog({check(all), ui::click(11), check(removing), ui::click(11), check(all),
+                      ui::click(9), check(noLabel), ui::click(11), check(removing),
+                      ui::click(11), check(noLabel), ui::click(1)});
+    Settings s;
+    hostui::showSettings(&s);
+    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+    EXPECT_EQ(ui::dialogs()[0].stepsPlayed, 12u);
+    EXPECT_EQ(s.showLabel, 0);
+    EXPECT_EQ(s.remove, 0);
+}
+
+TEST_F(HostDialog, FocusChangesAreRecordedWithTheirSource) {
+    // A fret of 0 is put back by the handler, which moves the focus to it again.
+    ui::scriptDialog({ui::type(4, "0"), ui::type(6, "3"), ui::click(9), ui::click(1)});
+    Settings s;
+    s.fret = 6;
+    hostui::showSettings(&s);
+    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+    const ui::DialogRun& r = ui::dialogs()[0];
+    ASSERT_EQ(r.focus.size(), 4u);
+    const std::pair<int16_t, Source> expected[] = {
+        {4, Source::Handler}, {4, Source::User}, {4, Source::Handler}, {6, Source::User}};
+    for (size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(r.focus[i].control, expected[i].first) << i;
+        EXPECT_EQ(r.focus[i].source, expected[i].second) << i;
+    }
+    EXPECT_EQ(r.focused, 6) << "a check box click does not take the focus";
+    EXPECT_EQ(s.fret, 6);
+    EXPECT_EQ(r.control(4)->value, 6);
+    EXPECT_EQ(ui::utf8(r.control(4)->text), "6");
+}
+
+TEST_F(HostDialog, FocusOnADisabledControlIsAnError) {
+    hostui::withOpenDialog([](OpaqueCocoaWindow* d) {
+        FX_EnableDlgItem(d, 4, 0, FXT_VERSION);
+        FX_SetDlgFocus(d, 4, FXT_VERSION);
+        FX_SetDlgFocus(d, 13, FXT_VERSION);
+    });
+    EXPECT_EQ(errorKinds(),
+              (std::vector<ErrorKind>{ErrorKind::BadArgument, ErrorKind::UnknownControl}));
+    EXPECT_TRUE(ui::dialogs()[0].focus.empty());
+}
+
+// Steps after the end are dropped; a late one still reaches the handler,
+// whose calls on the dead dialog are errors.
+bool careless(OpaqueCocoaWindow* d, uint32_t msg, int64_t w, int64_t, void*) {
+    if (msg != 273) return true;
+    FX_GetDlgItemVal(d, 4, 3, FXT_VERSION);
+    if (w == 1 || w == 2) FX_EndDialog(d, FXT_VERSION);
+    return true;
+}
+
+TEST_F(HostDialog, StepsAfterTheEndAreDroppedUnlessLate) {
+    ui::scriptDialog({ui::click(1), ui::press(2), ui::late(ui::press(1))});
+    Settings s;
+    hostui::showSettings(&s);
+    EXPECT_TRUE(ui::errors().empty()) << "the plug-in's handler ignores a late OK";
+    EXPECT_EQ(ui::dialogs()[0].stepsLeft, 1u);
+    EXPECT_EQ(ui::dialogs()[0].sent.size(), 3u);
+    EXPECT_EQ(ui::dialogs()[0].sent.back().wParam, 1);
+
+    hostsim::reset();
+    hostui::HostUi::SetUp();
+    ui::scriptDialog({ui::click(1), ui::late(ui::press(1))});
+    FX_Dialog(20009, reinterpret_cast<void*>(&careless), nullptr, 0, nullptr, FXT_VERSION);
+    EXPECT_EQ(errorKinds(), std::vector<ErrorKind>(2, ErrorKind::EndedDialog))
+        << ui::errorText();
+}
+
+int gCalls = 0;
+void* showWith(int16_t number, FF_DialogHandlerProcPtr handler) {
+    return FX_Dialog(number, reinterpret_cast<void*>(handler), nullptr, 0, nullptr, FXT_VERSION);
+}
+bool counting(OpaqueCocoaWindow*, uint32_t, int64_t, int64_t, void*) {
+    ++gCalls;
+    return true;
+}
+
+TEST_F(HostDialog, WithoutDescriptionAnswersNullAndNeverCallsTheHandler) {
+    gCalls = 0;
+    EXPECT_EQ(showWith(20010, &counting),
+              nullptr);
+    EXPECT_EQ(errorKinds(), std::vector<ErrorKind>{ErrorKind::NoDescription});
+    hostsim::reset();  // no folder at all
+    EXPECT_EQ(showWith(20009, &counting),
+              nullptr);
+    EXPECT_EQ(gCalls, 0);
+    EXPECT_EQ(errorKinds(), std::vector<ErrorKind>{ErrorKind::NoDescription});
+    EXPECT_TRUE(ui::dialogs().empty());
+    // Nor without a handler.
+    hostui::HostUi::SetUp();
+    EXPECT_EQ(FX_Dialog(20009, nullptr, nullptr, 0, nullptr, FXT_VERSION), nullptr);
+    EXPECT_EQ(errorKinds(), std::vector<ErrorKind>{ErrorKind::BadArgument});
+}
+
+TEST_F(HostDialog, DescriptionRegisteredInCodeWinsOverTheFolder) {
+    ui::DialogLayout layout;
+    std::string why;
+    ASSERT_TRUE(ui::parseDialog("dialog 20009\n1 button \"Go\"\n2 button \"Stop\"\n"
+                                "4 number \"12\"\n",
+                                &layout, &why))
+        << why;
+    ui::addDialog(layout);
+    ui::scriptDialog({ui::type(6, "1"), ui::click(1)});
+    gCalls = 0;
+    showWith(20009, &counting);
+    const ui::DialogRun& r = ui::dialogs()[0];
+    EXPECT_EQ(r.controls.size(), 3u);
+    EXPECT_EQ(r.control(4)->value, 12) << "a number field starts with its caption's number";
+    EXPECT_EQ(errorKinds(), (std::vector<ErrorKind>{ErrorKind::RefusedStep,
+                                                    ErrorKind::NeverEnded}));
+    EXPECT_EQ(gCalls, 3);  // 272, OK, close box
+}
+
+// A host call that fails runs no dialog and leaves the script to the next one.
+TEST_F(HostDialog, FailedCallShowsNothingAndKeepsTheScript) {
+    hostsim::failCall(hostsim::Fx::FX_Dialog, 1);
+    ui::scriptDialog({ui::type(4, "3"), ui::click(1)});
+    Settings s;
+    EXPECT_EQ(hostui::showSettings(&s), nullptr);
+    EXPECT_TRUE(ui::dialogs().empty());
+    EXPECT_EQ(s.confirmed, 0);
+    EXPECT_NE(hostui::showSettings(&s), nullptr);
+    EXPECT_EQ(s.fret, 3);
+    EXPECT_EQ(s.confirmed, 1);
+    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+}
+
+TEST_F(HostDialog, ResetBringsTheBuiltInDialogBack) {
+    hostsim::setResult(hostsim::Fx::FX_Dialog, 0);
+    Settings s;
+    EXPECT_EQ(hostui::showSettings(&s), nullptr) << "a programmed result wins";
+    EXPECT_TRUE(ui::dialogs().empty());
+    hostsim::setHandler(hostsim::Fx::FX_Dialog, [](hostsim::Call&) { return uint64_t{0}; });
+    EXPECT_EQ(hostui::showSettings(&s), nullptr);
+    hostsim::reset();
+    hostui::HostUi::SetUp();
+    ui::scriptDialog({ui::click(1)});
+    EXPECT_NE(hostui::showSettings(&s), nullptr);
+    EXPECT_EQ(s.confirmed, 1);
+}
+
+}  // namespace

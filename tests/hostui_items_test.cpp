@@ -1,0 +1,233 @@
+// The item calls on an open dialog: value kinds, the capacity of the string
+// getters (guard bytes on both sides), the 8-bit view of a control's text,
+// and calls on dialogs that ended or never were.
+#include "hostui_support.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <climits>
+#include <cstring>
+#include <vector>
+
+namespace ui = hostsim::ui;
+using hostui::HostUi;
+using ui::ErrorKind;
+
+namespace {
+
+using DialogItems = HostUi;
+
+constexpr uint8_t kGuard = 0xA5;
+
+TEST_F(DialogItems, ValueKindsFitTheirControls) {
+    struct Case {
+        int16_t control, kind;
+        int32_t set, read;
+        bool fits;
+    };
+    const Case cases[] = {
+        {8, 1, 1, 1, true},           {8, 1, 0, 0, true},
+        {8, 1, 5, 1, true},           {8, 1, -1, 1, true},  // a check box is on or off
+        {4, 3, -7, -7, true},         {4, 3, INT32_MAX, INT32_MAX, true},
+        {4, 3, INT32_MIN, INT32_MIN, true},
+        {4, 1, 1, 0, false},          {8, 3, 1, 0, false},  // kind and control disagree
+        {8, 2, 1, 0, false},          {4, 0, 1, 0, false},  // kinds the host lacks
+        {6, 3, 1, 0, false},          {7, 1, 1, 0, false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << "control " << c.control << " kind " << c.kind
+                                        << " value " << c.set);
+        hostsim::reset();
+        HostUi::SetUp();
+        int32_t read = -99;
+        hostui::withOpenDialog([&](OpaqueCocoaWindow* d) {
+            FX_SetDlgItemVal(d, c.control, c.kind, c.set, FXT_VERSION);
+            read = FX_GetDlgItemVal(d, c.control, c.kind, FXT_VERSION);
+        });
+        EXPECT_EQ(read, c.read);
+        if (c.fits) {
+            EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+        } else {
+            EXPECT_EQ(errorKinds(),
+                      (std::vector<ErrorKind>{ErrorKind::BadArgument, ErrorKind::BadArgument}));
+        }
+    }
+}
+
+TEST_F(DialogItems, NumberFieldReadsTheNumberItsTextBeginsWith) {
+    const std::pair<const char*, int32_t> cases[] = {
+        {"12", 12},  {"  12abc", 12}, {"-3", -3},          {"+4", 4},           {"", 0},
+        {"-", 0},    {"x1", 0},       {"2147483648", INT32_MAX}, {"-2147483648", INT32_MIN},
+        {"99999999999999999999", INT32_MAX}};
+    hostui::withOpenDialog([&](OpaqueCocoaWindow* d) {
+        for (auto [text, number] : cases) {
+            FX_SetDlgString(d, 4, const_cast<char*>(text), FXT_VERSION);
+            EXPECT_EQ(FX_GetDlgItemVal(d, 4, 3, FXT_VERSION), number) << text;
+        }
+        FX_SetDlgItemVal(d, 4, 3, -250, FXT_VERSION);
+        char back[16];
+        FX_GetDlgString(d, 4, back, sizeof back, FXT_VERSION);
+        EXPECT_STREQ(back, "-250");
+    });
+    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+}
+
+// The getters write at most `limit` units: limit - 1 of text and a 0.
+template <class Unit>
+void checkCapacity(void (*get)(void*, int16_t, void*, int16_t, uint32_t),
+                   void (*set)(void*, int16_t, void*, uint32_t)) {
+    constexpr size_t kBefore = 8, kRoom = 400;
+    for (int16_t limit : {1, 2, 10, 255, 256}) {
+        for (size_t length : {size_t{0}, size_t{1}, size_t(limit - 1), size_t(limit),
+                              size_t(limit + 1), size_t{300}}) {
+            SCOPED_TRACE(testing::Message() << "limit " << limit << " length " << length);
+            std::vector<Unit> text(length, Unit('x'));
+            text.push_back(0);
+            std::vector<uint8_t> raw((kBefore + kRoom) * sizeof(Unit), kGuard);
+            Unit* buffer = reinterpret_cast<Unit*>(raw.data()) + kBefore;
+            hostui::withOpenDialog([&](OpaqueCocoaWindow* d) {
+                set(d, 10, text.data(), FXT_VERSION);
+                get(d, 10, buffer, limit, FXT_VERSION);
+            });
+            size_t copied = std::min(length, size_t(limit - 1));
+            const uint8_t* end = raw.data() + (kBefore + copied + 1) * sizeof(Unit);
+            for (size_t i = 0; i < copied; ++i) ASSERT_EQ(buffer[i], Unit('x')) << i;
+            EXPECT_EQ(buffer[copied], Unit(0));
+            for (const uint8_t* p = raw.data(); p < raw.data() + kBefore * sizeof(Unit); ++p)
+                ASSERT_EQ(*p, kGuard) << "written before the buffer";
+            for (const uint8_t* p = end; p < raw.data() + raw.size(); ++p)
+                ASSERT_EQ(*p, kGuard) << "written beyond the terminator at " << (p - raw.data());
+            EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+            hostsim::reset();
+            ui::setDialogFolder(std::string(CAPOCHORDS_BUNDLE) + "/Contents/Resources");
+        }
+    }
+}
+
+void get8(void* d, int16_t i, void* b, int16_t l, uint32_t v) { FX_GetDlgString(d, i, b, l, v); }
+void set8(void* d, int16_t i, void* t, uint32_t v) { FX_SetDlgString(d, i, t, v); }
+void get16(void* d, int16_t i, void* b, int16_t l, uint32_t v) {
+    FX_GetDlgString_UTF16(d, i, b, l, v);
+}
+void set16(void* d, int16_t i, void* t, uint32_t v) { FX_SetDlgString_UTF16(d, i, t, v); }
+
+TEST_F(DialogItems, EightBitGetterFillsLimitBytesTerminatorIncluded) {
+    checkCapacity<char>(get8, set8);
+}
+
+TEST_F(DialogItems, SixteenBitGetterFillsLimitUnitsTerminatorIncluded) {
+    checkCapacity<char16_t>(get16, set16);
+}
+
+TEST_F(DialogItems, GetterWithoutRoomOrBufferWritesNothing) {
+    char buffer[4] = {'a', 'b', 'c', 'd'};
+    char16_t units[2] = {u'a', u'b'};
+    hostui::withOpenDialog([&](OpaqueCocoaWindow* d) {
+        FX_SetDlgString(d, 6, const_cast<char*>("text"), FXT_VERSION);
+        FX_GetDlgString(d, 6, buffer, 0, FXT_VERSION);
+        FX_GetDlgString(d, 6, buffer, -1, FXT_VERSION);
+        FX_GetDlgString_UTF16(d, 6, units, 0, FXT_VERSION);
+        FX_GetDlgString(d, 6, nullptr, 10, FXT_VERSION);
+        FX_SetDlgString(d, 6, nullptr, FXT_VERSION);
+        FX_SetDlgString_UTF16(d, 6, nullptr, FXT_VERSION);
+    });
+    EXPECT_EQ(std::string(buffer, 4), "abcd");
+    EXPECT_EQ(units[0], u'a');
+    EXPECT_EQ(errorKinds(), std::vector<ErrorKind>(6, ErrorKind::BadArgument));
+    EXPECT_EQ(ui::dialogs()[0].text8(6), "text") << "a null text leaves the control alone";
+}
+
+TEST_F(DialogItems, SurrogatePairIsNeverCutInTwo) {
+    const char16_t text[] = u"ab\U0001F600";  // a, b, then a pair
+    const std::pair<int16_t, std::u16string> cases[] = {
+        {3, u"ab"}, {4, u"ab"}, {5, u"ab\U0001F600"}, {6, u"ab\U0001F600"}};
+    hostui::withOpenDialog([&](OpaqueCocoaWindow* d) {
+        FX_SetDlgString_UTF16(d, 10, const_cast<char16_t*>(text), FXT_VERSION);
+        for (const auto& [limit, expected] : cases) {
+            char16_t out[8];
+            std::fill(std::begin(out), std::end(out), u'#');
+            FX_GetDlgString_UTF16(d, 10, out, limit, FXT_VERSION);
+            EXPECT_EQ(std::u16string(out), expected) << "limit " << limit;
+        }
+    });
+}
+
+// One text per control: the 8-bit calls see it in Mac Roman, checked against
+// the platform's own converter.
+TEST_F(DialogItems, EightBitCallsSeeTheTextAsMacRoman) {
+    std::string high;
+    for (int b = 0x80; b <= 0xFF; ++b) high.push_back(static_cast<char>(b));
+    CFStringRef expected =
+        CFStringCreateWithCString(kCFAllocatorDefault, high.c_str(), kCFStringEncodingMacRoman);
+    ASSERT_NE(expected, nullptr);
+    std::u16string want(static_cast<size_t>(CFStringGetLength(expected)), u'\0');
+    CFStringGetCharacters(expected, CFRangeMake(0, CFStringGetLength(expected)),
+                          reinterpret_cast<UniChar*>(&want[0]));
+    CFRelease(expected);
+
+    char16_t units[200] = {};
+    char bytes[200] = {};
+    char mixedBack[32] = {};
+    hostui::withOpenDialog([&](OpaqueCocoaWindow* d) {
+        FX_SetDlgString(d, 6, const_cast<char*>(high.c_str()), FXT_VERSION);
+        FX_GetDlgString_UTF16(d, 6, units, 200, FXT_VERSION);
+        FX_GetDlgString(d, 6, bytes, 200, FXT_VERSION);
+        // Café, the euro sign, and a character Mac Roman lacks.
+        FX_SetDlgString_UTF16(d, 10, const_cast<char16_t*>(u"Caf\u00E9 \u20AC\u4E2D"), FXT_VERSION);
+        FX_GetDlgString(d, 10, mixedBack, 32, FXT_VERSION);
+    });
+    EXPECT_EQ(std::u16string(units), want);
+    EXPECT_EQ(std::string(bytes), high) << "8-bit text comes back byte for byte";
+    EXPECT_EQ(std::string(mixedBack), "Caf\x8E \xDB?");
+    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+}
+
+// Every item call on a dialog that ended, or on something that never was a
+// dialog: one error each, nothing changed, nothing written.
+TEST_F(DialogItems, CallsOnEndedOrUnknownDialogsAreErrorsAndDoNothing) {
+    ui::scriptDialog({ui::click(1)});
+    hostui::Settings s;
+    void* ended = hostui::showSettings(&s);
+    ASSERT_NE(ended, nullptr);
+    int notADialog = 0;
+    char buffer[8] = "keep";
+    char16_t units[8] = u"keep";
+    using Call = std::function<void(void*)>;
+    const std::pair<const char*, Call> calls[] = {
+        {"FX_EndDialog", [](void* d) { FX_EndDialog(d, FXT_VERSION); }},
+        {"FX_EnableDlgItem", [](void* d) { FX_EnableDlgItem(d, 4, 0, FXT_VERSION); }},
+        {"FX_ShowHideDlgItem", [](void* d) { FX_ShowHideDlgItem(d, 4, 0, FXT_VERSION); }},
+        {"FX_SetDlgFocus", [](void* d) { FX_SetDlgFocus(d, 6, FXT_VERSION); }},
+        {"FX_GetDlgItemVal", [](void* d) { EXPECT_EQ(FX_GetDlgItemVal(d, 4, 3, FXT_VERSION), 0); }},
+        {"FX_SetDlgItemVal", [](void* d) { FX_SetDlgItemVal(d, 4, 3, 9, FXT_VERSION); }},
+        {"FX_GetDlgString", [&](void* d) { FX_GetDlgString(d, 6, buffer, 8, FXT_VERSION); }},
+        {"FX_GetDlgString_UTF16",
+         [&](void* d) { FX_GetDlgString_UTF16(d, 10, units, 8, FXT_VERSION); }},
+        {"FX_SetDlgString",
+         [](void* d) { FX_SetDlgString(d, 6, const_cast<char*>("9"), FXT_VERSION); }},
+        {"FX_SetDlgString_UTF16",
+         [](void* d) { FX_SetDlgString_UTF16(d, 10, const_cast<char16_t*>(u"9"), FXT_VERSION); }},
+    };
+    for (void* handle : {ended, static_cast<void*>(&notADialog), static_cast<void*>(nullptr)}) {
+        const ErrorKind kind = handle == ended ? ErrorKind::EndedDialog : ErrorKind::UnknownDialog;
+        for (const auto& [name, call] : calls) {
+            SCOPED_TRACE(name);
+            size_t before = ui::errors().size();
+            call(handle);
+            auto errs = ui::errors();
+            ASSERT_EQ(errs.size(), before + 1);
+            EXPECT_EQ(errs.back().kind, kind);
+            EXPECT_NE(errs.back().text.find(name), std::string::npos) << errs.back().text;
+        }
+    }
+    EXPECT_STREQ(buffer, "keep");
+    EXPECT_EQ(std::u16string(units), u"keep");
+    const ui::DialogRun& r = ui::dialogs()[0];
+    EXPECT_EQ(r.control(4)->value, 1);
+    EXPECT_TRUE(r.control(4)->enabled);
+    EXPECT_TRUE(r.control(4)->visible);
+    EXPECT_EQ(r.focused, 4);
+    EXPECT_EQ(r.text8(6), "64");
+}
+
+}  // namespace
