@@ -77,6 +77,10 @@ typedef bool (*FF_DialogHandlerProcPtr)(OpaqueCocoaWindow* dialog, uint32_t mess
    engine is not known or does not export it. Keeps no cache of its own. */
 typedef void* FXPROCPTR;
 FXPROCPTR GetFXProc(const char* name);
+/* The procedure to hand to FX_Dialog, and its release. On a host that is not
+   Mach-O both warn, since a plain function pointer is all we can offer. */
+FF_DialogHandlerProcPtr NewFF_DialogHandlerProc(FF_DialogHandlerProcPtr proc);
+void DisposeFF_DialogHandlerProc(FF_DialogHandlerProcPtr proc);
 
 /* Programming faults stop here, naming the function, the source file's tag
    and the failed expression. */

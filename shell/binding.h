@@ -22,9 +22,5 @@ CFBundleRef GetZemloBundleRef();
 FXPROCPTR Mac_GetFXProc(CFStringRef name);
 /* True when the host does not report itself as a Mach-O host. */
 bool IsZemloCFM();
-/* The procedure to hand to FX_Dialog, and its release. On a host that is not
-   Mach-O both warn, since a plain function pointer is all we can offer. */
-FF_DialogHandlerProcPtr NewFF_DialogHandlerProc(FF_DialogHandlerProcPtr proc);
-void DisposeFF_DialogHandlerProc(FF_DialogHandlerProcPtr proc);
 
 #endif
