@@ -61,3 +61,4 @@ function(capochords_copy_resources target)
   add_custom_target(${target}_resources ALL DEPENDS ${copied})
   add_dependencies(${target} ${target}_resources)
 endfunction()
+
