@@ -25,6 +25,9 @@ using BuiltIns = std::array<Handler, kFxCount>;
 // The user interface (dialogs, alerts, progress display): ui.cpp.
 void addUiBuiltIns(BuiltIns& b);
 void resetUi();
+// Scores: the slot-to-staff table and the fonts (score.cpp).
+void addScoreBuiltIns(BuiltIns& b);
+void resetScore();
 
 }  // namespace hostsim
 

@@ -23,6 +23,7 @@ struct State {
     State() {
         present.fill(true);
         addUiBuiltIns(builtIns);
+        addScoreBuiltIns(builtIns);
         for (int i = 0; i < kFxCount; ++i)
             if (servedByDocument(static_cast<Fx>(i))) builtIns[i] = [](Call& c) { return doc::serve(c); };
     }
@@ -95,6 +96,7 @@ void reset() {
     s.logging = true;
     resetDocument();
     resetUi();
+    resetScore();
 }
 
 void setPresent(Fx fx, bool present) { state().present[idx(fx)] = present; }

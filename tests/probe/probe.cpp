@@ -6,6 +6,11 @@
 #include "prefmaps.h"
 #include "resources.h"
 #include "zemlopdk.h"
+#include "brevado.h"
+#include "textblocks.h"
+#include "units.h"
+#include "dialog.h"
+#include "invoke.h"
 
 #include <cstring>
 
@@ -50,6 +55,22 @@ const ProbeSymbol kSymbols[] = {
     {"ptocs", addr(&ptocs)},
     {"GetPluginBundle", addr(&GetPluginBundle)},
     {"dlbundle", addr(&dlbundle)},
+    // command
+    {"Brevado", addr(&Brevado)},
+    {"GetSiblingChord", addr(&GetSiblingChord)},
+    {"GetChordBaselineInEVPUs", addr(&GetChordBaselineInEVPUs)},
+    {"FindMeasTextBlock", addr(&FindMeasTextBlock)},
+    {"CreateMeasTextBlock", addr(&CreateMeasTextBlock)},
+    {"UpdateMeasTextBlock", addr(&UpdateMeasTextBlock)},
+    {"RemoveMeasTextBlock", addr(&RemoveMeasTextBlock)},
+    {"ExtractOrvexTag", addr(&ExtractOrvexTag)},
+    {"GetZemloCurrentUnit", addr(&GetZemloCurrentUnit)},
+    {"evpuToStrInCurrUnits", addr(&evpuToStrInCurrUnits)},
+    {"UnitString", addr(&UnitString)},
+    {"StrToDecimal", addr(&StrToDecimal)},
+    {"UnitConverter", addr(&UnitConverter)},
+    {"BrevadoDialogHandler", addr(&BrevadoDialogHandler)},
+    {"FX_GetShowTransposed", addr(&FX_GetShowTransposed)},
 };
 
 }  // namespace
