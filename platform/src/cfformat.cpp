@@ -17,8 +17,8 @@ constexpr int kMaxPosition = 64;
 
 enum class ArgType { None, Int, Long, Double, LongDouble, Pointer };
 
-struct Spec {
-    size_t start = 0, end = 0;  // the spec's extent in the format, '%' included
+struct Directive {
+    size_t start = 0, end = 0;  // the directive's extent in the format, '%' included
     int position = 0;           // n$, or 0
     std::string flags;
     long width = -1;            // -1: none
@@ -49,8 +49,8 @@ bool number(const std::u16string& f, size_t& i, long& out) {
     return true;
 }
 
-// Parses one spec starting at the '%'. False for an absurd field.
-bool parseSpec(const std::u16string& f, size_t i, Spec& s) {
+// Parses one directive starting at the '%'. False for an absurd field.
+bool parseDirective(const std::u16string& f, size_t i, Directive& s) {
     s.start = i++;
     // n$ position
     size_t save = i;
@@ -112,7 +112,7 @@ bool parseSpec(const std::u16string& f, size_t i, Spec& s) {
     return true;
 }
 
-ArgType typeOf(const Spec& s) {
+ArgType typeOf(const Directive& s) {
     switch (s.conv) {
     case 'd': case 'i': case 'u': case 'x': case 'X': case 'o': case 'D': case 'U': case 'O':
         return s.length.empty() || s.length == "h" || s.length == "hh" ? ArgType::Int
@@ -149,15 +149,15 @@ void pad(std::u16string& out, const std::u16string& body, long width, bool left)
 }
 
 // printf's own conversions, through the C library, widened from Mac Roman.
-// The spec handed to snprintf is rebuilt from parsed parts only: known flags,
+// The directive handed to snprintf is rebuilt from parsed parts only: known flags,
 // numbers, a length we choose and a conversion that matches the value's type.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
-bool printfConversion(std::u16string& out, const Spec& s, const std::string& flags, long width,
+bool printfConversion(std::u16string& out, const Directive& s, const std::string& flags, long width,
                       long precision, const Value& v) {
-    std::string spec = "%" + flags;
-    if (width >= 0) spec += std::to_string(width);
-    if (precision >= 0) spec += "." + std::to_string(precision);
+    std::string cfmt = "%" + flags;
+    if (width >= 0) cfmt += std::to_string(width);
+    if (precision >= 0) cfmt += "." + std::to_string(precision);
     char conv = s.conv;
     if (conv == 'D' || conv == 'U' || conv == 'O') conv = static_cast<char>(conv + ('a' - 'A'));
     const ArgType type = typeOf(s);
@@ -167,7 +167,7 @@ bool printfConversion(std::u16string& out, const Spec& s, const std::string& fla
     case ArgType::Long: {
         bool isSigned = conv == 'd' || conv == 'i';
         if (conv == 'c') {
-            spec += 'c';
+            cfmt += 'c';
             break;
         }
         // Narrow as printf would, each branch on its own: a conditional
@@ -182,30 +182,30 @@ bool printfConversion(std::u16string& out, const Spec& s, const std::string& fla
             if (isSigned) x = static_cast<int>(x);
             else x = static_cast<unsigned int>(x);
         }
-        spec += "ll";
-        spec += conv;
+        cfmt += "ll";
+        cfmt += conv;
         break;
     }
     case ArgType::Double:
-        spec += conv;
+        cfmt += conv;
         break;
     case ArgType::LongDouble:
-        spec += 'L';
-        spec += conv;
+        cfmt += 'L';
+        cfmt += conv;
         break;
     default:
-        spec += 'p';
+        cfmt += 'p';
         break;
     }
     auto print = [&](std::vector<char>& buf) {
         switch (type) {
         case ArgType::Int:
         case ArgType::Long:
-            if (conv == 'c') return std::snprintf(buf.data(), buf.size(), spec.c_str(), static_cast<int>(x));
-            return std::snprintf(buf.data(), buf.size(), spec.c_str(), x);
-        case ArgType::Double: return std::snprintf(buf.data(), buf.size(), spec.c_str(), v.d);
-        case ArgType::LongDouble: return std::snprintf(buf.data(), buf.size(), spec.c_str(), v.ld);
-        default: return std::snprintf(buf.data(), buf.size(), spec.c_str(), v.p);
+            if (conv == 'c') return std::snprintf(buf.data(), buf.size(), cfmt.c_str(), static_cast<int>(x));
+            return std::snprintf(buf.data(), buf.size(), cfmt.c_str(), x);
+        case ArgType::Double: return std::snprintf(buf.data(), buf.size(), cfmt.c_str(), v.d);
+        case ArgType::LongDouble: return std::snprintf(buf.data(), buf.size(), cfmt.c_str(), v.ld);
+        default: return std::snprintf(buf.data(), buf.size(), cfmt.c_str(), v.p);
         }
     };
     std::vector<char> buf(static_cast<size_t>((width > precision ? width : precision) + 512));
@@ -229,8 +229,8 @@ CFStringRef formatString(CFStringRef format, va_list arguments) {
     if (!format) return nullptr;
     const std::u16string& f = format->units;
 
-    // First pass: the specs, and the type of every positional argument.
-    std::vector<Spec> specs;
+    // First pass: the directives, and the type of every positional argument.
+    std::vector<Directive> directives;
     ArgType positional[kMaxPosition + 1] = {};
     bool anyPositional = false, anySequential = false;
     for (size_t i = 0; i < f.size();) {
@@ -238,10 +238,10 @@ CFStringRef formatString(CFStringRef format, va_list arguments) {
             ++i;
             continue;
         }
-        Spec s;
-        if (!parseSpec(f, i, s)) return nullptr;
+        Directive s;
+        if (!parseDirective(f, i, s)) return nullptr;
         i = s.end;
-        specs.push_back(s);
+        directives.push_back(s);
         if (s.conv == '%' || s.conv == 0) continue;
         ArgType t = typeOf(s);
         auto note = [&](int pos, ArgType type) {
@@ -280,7 +280,7 @@ CFStringRef formatString(CFStringRef format, va_list arguments) {
     std::u16string out;
     size_t at = 0;
     bool ok = true;
-    for (const Spec& s : specs) {
+    for (const Directive& s : directives) {
         out.append(f, at, s.start - at);
         at = s.end;
         if (s.conv == 0) continue;  // '%' at the very end prints nothing
