@@ -61,15 +61,16 @@ void end(OpaqueCocoaWindow* d) {
     initialized = 0;
 }
 
-// The distance typed, in EVPU rounded half up: 64 when it cannot be read or
-// is too large to convert, at most the largest 16-bit distance.
+// The distance typed, in EVPU rounded half up: 64 when it cannot be read.
+// A distance above 32,767 EVPU is limited to 32,767; a negative one cannot be typed.
 short readDistance(OpaqueCocoaWindow* d, CapoSettings& s) {
     ACC_decimal value = {0, 0, 1000};
     const EUNIT unit = GetZemloCurrentUnit();
     FX_GetDlgString(d, kCtlDistance, s.vertOffsetText, 255, FXT_VERSION);
     s.vertOffsetText[255] = 0;
     if (!StrToDecimal(s.vertOffsetText, &value)) return kDistanceUnreadable;
-    if (!UnitConverterFits(&value, unit, EUNIT_EVPUS)) return kDistanceUnreadable;
+    // Refused only when its products leave 32 bits: far beyond 32,767 EVPU.
+    if (!UnitConverterFits(&value, unit, EUNIT_EVPUS)) return kDistanceLimit;
     int64_t evpu = value.whole;
     if (2 * static_cast<int64_t>(value.fraction) >= value.precision) ++evpu;
     return static_cast<short>(evpu > kDistanceLimit ? kDistanceLimit : evpu);

@@ -11,26 +11,6 @@
 
 namespace {
 
-struct UnitRow {
-    EUNIT unit;
-    int32_t factor;  // tenths of an EVPU per unit
-    int nameString;
-};
-
-// One row per unit. Any other code converts with factor 1 and takes the
-// EVPU name.
-constexpr UnitRow kUnits[] = {
-    {EUNIT_EVPUS, 10, 20006},  {EUNIT_INCHES, 2880, 20009}, {EUNIT_CENTS, 1130, 20008},
-    {EUNIT_POINTS, 40, 20011}, {EUNIT_PICAS, 480, 20010},   {EUNIT_SPACES, 240, 20007},
-};
-constexpr UnitRow kOtherUnit = {EUNIT(0), 1, 20006};
-
-const UnitRow& rowOf(EUNIT unit) {
-    for (const UnitRow& r : kUnits)
-        if (r.unit == unit) return r;
-    return kOtherUnit;
-}
-
 // One name buffer per unit, the EVPU one also for codes outside 1 to 6.
 unsigned short UnitStrEvpus[256];
 unsigned short UnitStrSpaces[256];
@@ -39,15 +19,27 @@ unsigned short UnitStrInches[256];
 unsigned short UnitStrPicas[256];
 unsigned short UnitStrPoints[256];
 
-unsigned short* nameBufferOf(EUNIT unit) {
-    switch (unit) {
-    case EUNIT_SPACES: return UnitStrSpaces;
-    case EUNIT_CENTS: return UnitStrCents;
-    case EUNIT_INCHES: return UnitStrInches;
-    case EUNIT_PICAS: return UnitStrPicas;
-    case EUNIT_POINTS: return UnitStrPoints;
-    default: return UnitStrEvpus;
-    }
+// Everything the command knows of a unit, in one row.
+struct UnitRow {
+    EUNIT unit;
+    int32_t factor;       // tenths of an EVPU per unit
+    int nameString;       // string number of the unit's name
+    unsigned short* name; // where UnitString fetches the name to
+    int digits;           // decimals shown: thousandths, at least this many digits
+};
+
+constexpr UnitRow kUnits[] = {
+    {EUNIT_EVPUS, 10, 20006, UnitStrEvpus, 0},    {EUNIT_INCHES, 2880, 20009, UnitStrInches, 3},
+    {EUNIT_CENTS, 1130, 20008, UnitStrCents, 3},  {EUNIT_POINTS, 40, 20011, UnitStrPoints, 2},
+    {EUNIT_PICAS, 480, 20010, UnitStrPicas, 3},   {EUNIT_SPACES, 240, 20007, UnitStrSpaces, 3},
+};
+// Any other code: factor 1, the EVPU name, three decimals (none for code 0).
+constexpr UnitRow kOtherUnit = {EUNIT(0), 1, 20006, UnitStrEvpus, 3};
+
+const UnitRow& rowOf(EUNIT unit) {
+    for (const UnitRow& r : kUnits)
+        if (r.unit == unit) return r;
+    return kOtherUnit;
 }
 
 constexpr int32_t kPrecisions[] = {10, 100, 1000, 10000, 100000, 1000000};
@@ -85,10 +77,12 @@ bool UnitConverterFits(ACC_decimal* value, EUNIT from, EUNIT to) {
     const int64_t P = value->precision;
     const int64_t Ff = rowOf(from).factor, Ft = rowOf(to).factor;
     if (P <= 0) return false;  // no division by a precision that is not one
-    // The same steps as in 32 bits, checked so that nothing wraps.
+    // The steps of 32-bit arithmetic, each checked before the next so that
+    // nothing wraps: a value that does not fit is refused, not converted.
     const int64_t N = static_cast<int64_t>(value->whole) * P + value->fraction;
+    if (!fits32(N)) return false;
     const int64_t A = N * Ff, B = P * Ft;
-    if (!fits32(N) || !fits32(A) || !fits32(B)) return false;
+    if (!fits32(A) || !fits32(B)) return false;
     const int64_t whole = A / B;
     const int64_t R = A - whole * B;
     const int64_t T = B / P;
@@ -111,21 +105,20 @@ char* evpuToStrInCurrUnits(char* buffer, short evpu) {
     ACC_decimal d = {evpu < 0 ? -evpu : evpu, 0, 1000};
     UnitConverter(&d, EUNIT_EVPUS, unit);
     const char* sign = evpu < 0 ? "-" : "";
-    // The fraction in thousandths, at least two digits for points and three
-    // otherwise (a precision pads with zeros; a '0' flag would add nothing).
-    if (unit == 0 || unit == EUNIT_EVPUS)
+    // The fraction in thousandths with at least the unit's digits (a
+    // precision pads with zeros; a '0' flag would add nothing).
+    const int digits = unit == 0 ? 0 : rowOf(unit).digits;
+    if (digits == 0)
         std::snprintf(buffer, 24, "%s%d", sign, d.whole);
-    else if (unit == EUNIT_POINTS)
-        std::snprintf(buffer, 24, "%s%d.%.2d", sign, d.whole, d.fraction);
     else
-        std::snprintf(buffer, 24, "%s%d.%.3d", sign, d.whole, d.fraction);
+        std::snprintf(buffer, 24, "%s%d.%.*d", sign, d.whole, digits, d.fraction);
     return buffer;
 }
 
 unsigned short* UnitString(EUNIT unit) {
-    unsigned short* buffer = nameBufferOf(unit);
-    PlugIn_GetStringResource(rowOf(unit).nameString, buffer, 256);
-    return buffer;
+    const UnitRow& row = rowOf(unit);
+    PlugIn_GetStringResource(row.nameString, row.name, 256);
+    return row.name;
 }
 
 short StrToDecimal(char* text, ACC_decimal* value) {

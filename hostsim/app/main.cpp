@@ -1,7 +1,10 @@
 // zemlo-host: the simulated Zemlo host on the command line. Loads the
 // plug-in bundle as the real host does, drives it through its start-up
 // (main, version, init, enumeration, status, termination) and reports what
-// it learnt.
+// it learnt; with `run`, it also chooses the plug-in's menu item once on a
+// score (run.h).
+#include "run.h"
+
 #include "hostsim/host.h"
 #include "hostsim/plugin.h"
 #include "hostsim/ui.h"
@@ -32,7 +35,13 @@ static_assert(sizeof(MenuItemRecord) == 1024, "the host's record");
 constexpr int kMaxItems = 64;
 
 int usage() {
-    std::fprintf(stderr, "usage: zemlo-host [--bundle PATH] [--lang CODE]\n");
+    std::fprintf(stderr,
+                 "usage: zemlo-host [--bundle PATH] [--lang CODE]\n"
+                 "       zemlo-host run [--bundle PATH] [--lang CODE] [--score sample]\n"
+                 "                  [--unit evpus|inches|centimeters|points|picas|spaces]\n"
+                 "                  [--capo N] [--distance X] [--label TEXT] [--no-label]\n"
+                 "                  [--chord-flag] [--remove] [--cancel]\n"
+                 "                  [--whole-document | --selection FIRST-LAST]\n");
     return 2;
 }
 
@@ -54,8 +63,16 @@ std::string printable(const uint16_t* units, size_t room) {
 
 int main(int argc, char** argv) {
     std::string bundle = hostsim::defaultBundlePath();
-    for (int i = 1; i < argc; ++i) {
-        if (!std::strcmp(argv[i], "--bundle") && i + 1 < argc) {
+    const bool run = argc > 1 && !std::strcmp(argv[1], "run");
+    zemlo::RunOptions options;
+    for (int i = run ? 2 : 1; i < argc; ++i) {
+        std::string error;
+        if (run && zemlo::parseRunOption(argc, argv, &i, &options, &error)) {
+            continue;
+        } else if (!error.empty()) {
+            std::fprintf(stderr, "zemlo-host: %s\n", error.c_str());
+            return usage();
+        } else if (!std::strcmp(argv[i], "--bundle") && i + 1 < argc) {
             bundle = argv[++i];
         } else if (!std::strcmp(argv[i], "--lang") && i + 1 < argc) {
             // The plug-in speaks the user's language, which it reads from the locale.
@@ -74,6 +91,8 @@ int main(int argc, char** argv) {
     std::printf("Loaded plug-in %s\n", plugin.imagePath().c_str());
     // The plug-in's dialogs are described in its own bundle.
     hostsim::ui::setDialogFolder(plugin.bundlePath() + "/Contents/Resources");
+    // The host runs on macOS: it answers that it is a Mach-O host.
+    hostsim::setResult(hostsim::Fx::FX_IsMachO, 1);
 
     using MainFn = int (*)(int, char**);
     using VersionFn = uint32_t (*)(uint32_t);
@@ -87,7 +106,8 @@ int main(int argc, char** argv) {
     auto enumerate = plugin.function<EnumerateFn>("ZemloExtensionEnumerate_UTF16");
     auto status = plugin.function<StatusFn>("ZemloExtensionGetMenuStatus");
     auto terminate = plugin.function<TerminateFn>("ZemloExtensionTerminate");
-    if (!pluginMain || !version || !init || !enumerate || !status || !terminate) {
+    auto invoke = plugin.function<zemlo::InvokeFn>("ZemloExtensionInvoke");
+    if (!pluginMain || !version || !init || !enumerate || !status || !terminate || !invoke) {
         std::fprintf(stderr, "zemlo-host: the bundle lacks its entry points\n");
         return 1;
     }
@@ -111,9 +131,11 @@ int main(int argc, char** argv) {
         std::printf("  status: %d\n", status(static_cast<int16_t>(items)));
     }
     std::printf("Menu items: %d\n", items);
+    const int ran = run && items > 0 ? zemlo::runCommand(invoke, options) : 0;
+    if (run) std::printf("\n");
     terminate(nullptr);
     std::printf("Terminated\n");
     size_t alerts = hostsim::count(hostsim::Fx::FX_AlertMessage);
     if (alerts) std::printf("Alerts shown: %zu\n", alerts);
-    return ready && initialised == 1 && items > 0 ? 0 : 1;
+    return ready && initialised == 1 && items > 0 && ran == 0 ? 0 : 1;
 }

@@ -28,6 +28,9 @@ void resetUi();
 // Scores: the slot-to-staff table and the fonts (score.cpp).
 void addScoreBuiltIns(BuiltIns& b);
 void resetScore();
+// Undoable edits (edits.cpp).
+void addEditBuiltIns(BuiltIns& b);
+void resetEdits();
 
 }  // namespace hostsim
 

@@ -24,6 +24,7 @@ struct State {
         present.fill(true);
         addUiBuiltIns(builtIns);
         addScoreBuiltIns(builtIns);
+        addEditBuiltIns(builtIns);
         for (int i = 0; i < kFxCount; ++i)
             if (servedByDocument(static_cast<Fx>(i))) builtIns[i] = [](Call& c) { return doc::serve(c); };
     }
@@ -97,6 +98,7 @@ void reset() {
     resetDocument();
     resetUi();
     resetScore();
+    resetEdits();
 }
 
 void setPresent(Fx fx, bool present) { state().present[idx(fx)] = present; }

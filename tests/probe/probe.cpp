@@ -69,6 +69,11 @@ const ProbeSymbol kSymbols[] = {
     {"UnitString", addr(&UnitString)},
     {"StrToDecimal", addr(&StrToDecimal)},
     {"UnitConverter", addr(&UnitConverter)},
+    {"UnitConverterFits", addr(&UnitConverterFits)},
+    {"PrecisionToDigitCnt", addr(&PrecisionToDigitCnt)},
+    {"DigitCntToPrecision", addr(&DigitCntToPrecision)},
+    {"isdigit", addr(&capochords::isdigit)},
+    {"iswdigit", addr(&capochords::iswdigit)},
     {"BrevadoDialogHandler", addr(&BrevadoDialogHandler)},
     {"FX_GetShowTransposed", addr(&FX_GetShowTransposed)},
 };

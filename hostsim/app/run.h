@@ -1,0 +1,39 @@
+// zemlo-host's run mode: one run of the plug-in's command on a score, the
+// dialog answered from the command line, the score printed before and after.
+#ifndef CAPOCHORDS_HOSTSIM_APP_RUN_H
+#define CAPOCHORDS_HOSTSIM_APP_RUN_H
+
+#include <cstdint>
+#include <string>
+
+namespace zemlo {
+
+struct RunOptions {
+    std::string score = "sample";
+    std::string unit;       // the score's measurement unit by name; empty: none set (EVPU)
+    std::string capo;       // typed into the fields as given; empty: left as shown
+    std::string distance;
+    std::string label;
+    bool setLabel = false;
+    bool noLabel = false;
+    bool chordFlag = false;
+    bool remove = false;
+    bool cancel = false;    // Cancel instead of OK
+    bool wholeDocument = false;  // nothing selected; the question answered OK
+    int16_t firstMeasure = 0;    // the selected measures; 0: the whole score
+    int16_t lastMeasure = 0;
+};
+
+// Reads one run option at argv[*i] (moving *i past its value). False when it
+// is none or lacks its value; *error then says why when it was one.
+bool parseRunOption(int argc, char** argv, int* i, RunOptions* o, std::string* error);
+
+using InvokeFn = int16_t (*)(void* parent, int16_t menuItem, void* selection, void* wholeDocument);
+
+// Opens the score, runs the command once through `invoke` and prints what
+// happened. 0 when the run went through without a fault of the plug-in.
+int runCommand(InvokeFn invoke, const RunOptions& o);
+
+}  // namespace zemlo
+
+#endif

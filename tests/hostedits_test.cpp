@@ -1,0 +1,166 @@
+// The simulated host's undoable edits, driven through the plug-in's own
+// forwarders: a cancelled edit restores the document exactly, a committed one
+// keeps it and can be undone, nested edits, and the host's record of what the
+// plug-in did wrong.
+#include "hostsim/edits.h"
+#include "hostsim/score.h"
+#include "records.h"
+
+#include <gtest/gtest.h>
+
+using hostsim::Fx;
+namespace doc = hostsim::doc;
+namespace edits = hostsim::edits;
+namespace score = hostsim::score;
+
+namespace {
+
+const auto* const kEnvironment =
+    ::testing::AddGlobalTestEnvironment(new testing_support::BoundToEngine);
+
+unsigned short* name16(const char16_t* s) {
+    return reinterpret_cast<unsigned short*>(const_cast<char16_t*>(s));
+}
+
+class HostEdits : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        hostsim::reset();
+        score::Score s(2, 3);
+        score::ChordRecord c;
+        c.key3 = 480;
+        s.chord(1, 1, c).chord(1, 1, c).chord(2, 3, c).textBlock(1, 1, -200, 194, u"Capo 2");
+        doc::putFrame({1, 1, 1, 0, 0}, std::vector<uint8_t>(2 * doc::kEntryBytes, 7));
+        original_ = doc::snapshot();
+    }
+    void TearDown() override {
+        EXPECT_EQ(ZemloEditDepth, 0);
+        hostsim::reset();
+    }
+
+    // A change of every kind the command makes: save, append, delete, create.
+    static void changeEverything() {
+        score::ChordRecord c;
+        c.capoBits = 0x0043;
+        EDataID id{1, 1, 0};
+        ASSERT_EQ(FX_SaveEData(doc::kChord, &id, &c, 30, FXT_VERSION), 1);
+        id = {1, 1, 2};
+        ASSERT_EQ(FX_SaveEData(doc::kChord, &id, &c, 30, FXT_VERSION), 1);
+        id = {2, 3, 0};
+        ASSERT_EQ(FX_DeleteEData(doc::kChord, &id, FXT_VERSION), 1);
+        id = {-1, 0, 0};
+        const char16_t raw[] = u"Capo 5";
+        ASSERT_EQ(FX_CreateEData(doc::kRawText, &id, const_cast<char16_t*>(raw), 6, FXT_VERSION), 1);
+    }
+
+    doc::Document original_;
+};
+
+TEST_F(HostEdits, CancelRestoresTheDocumentExactly) {
+    EXPECT_EQ(FX_StartZemloEdit_UTF16(name16(u"Capo Chords"), FXT_VERSION), 1);
+    changeEverything();
+    ASSERT_NE(doc::snapshot(), original_);
+    FX_CancelZemloEdit(FXT_VERSION);
+    EXPECT_EQ(doc::difference(original_, doc::snapshot()), "");
+    ASSERT_EQ(edits::all().size(), 1u);
+    EXPECT_EQ(edits::all()[0].name, "Capo Chords");
+    EXPECT_TRUE(edits::all()[0].utf16);
+    EXPECT_EQ(edits::all()[0].state, edits::State::Cancelled);
+    EXPECT_TRUE(edits::errors().empty());
+    EXPECT_FALSE(edits::undo()) << "a cancelled edit is not in the history";
+}
+
+TEST_F(HostEdits, CommitKeepsTheChangesAndUndoTakesThemBack) {
+    char name[] = "Capo \x8E";  // Mac Roman e acute
+    EXPECT_EQ(FX_StartZemloEdit(name, FXT_VERSION), 1);
+    changeEverything();
+    const doc::Document changed = doc::snapshot();
+    EXPECT_EQ(FX_EndZemloEdit(FXT_VERSION), 1);
+    EXPECT_EQ(doc::snapshot(), changed);
+    EXPECT_EQ(edits::all()[0].name, "Capo \xC3\xA9");
+    EXPECT_FALSE(edits::all()[0].utf16);
+    EXPECT_EQ(edits::all()[0].state, edits::State::Committed);
+    EXPECT_EQ(edits::openCount(), 0u);
+    // Undo takes back what the edit changed and nothing that changed after it.
+    score::ChordRecord later;
+    later.key3 = 960;
+    doc::putAs(doc::kChord, {2, 2, 0}, later);
+    EXPECT_TRUE(edits::undo());
+    ASSERT_TRUE(doc::get(doc::kChord, {2, 2, 0}).has_value());
+    doc::erase(doc::kChord, {2, 2, 0});
+    EXPECT_EQ(doc::difference(original_, doc::snapshot()), "");
+    EXPECT_EQ(edits::all()[0].state, edits::State::Undone);
+    EXPECT_FALSE(edits::undo());
+    EXPECT_TRUE(edits::errors().empty());
+}
+
+// An inner edit has a snapshot of its own; committed, it goes with the edit
+// around it.
+TEST_F(HostEdits, NestedEditsStack) {
+    FX_StartZemloEdit_UTF16(name16(u"outer"), FXT_VERSION);
+    score::Score(2, 3).chord(2, 2, score::ChordRecord{});
+    const doc::Document afterOuter = doc::snapshot();
+    FX_StartZemloEdit_UTF16(name16(u"inner"), FXT_VERSION);
+    EXPECT_EQ(edits::openCount(), 2u);
+    changeEverything();
+    FX_CancelZemloEdit(FXT_VERSION);
+    EXPECT_EQ(doc::difference(afterOuter, doc::snapshot()), "") << "only the inner edit is undone";
+    FX_StartZemloEdit_UTF16(name16(u"inner again"), FXT_VERSION);
+    changeEverything();
+    EXPECT_EQ(FX_EndZemloEdit(FXT_VERSION), 1);
+    EXPECT_FALSE(edits::undo()) << "nothing is undone while an edit is open";
+    FX_CancelZemloEdit(FXT_VERSION);
+    EXPECT_EQ(doc::difference(original_, doc::snapshot()), "") << "the committed inner edit went with it";
+    ASSERT_EQ(edits::all().size(), 3u);
+    EXPECT_EQ(edits::all()[1].depth, 1);
+    EXPECT_EQ(edits::all()[2].state, edits::State::Committed);
+    EXPECT_EQ(edits::all()[0].state, edits::State::Cancelled);
+
+    // Committed all the way out, one undo takes back both levels.
+    FX_StartZemloEdit_UTF16(name16(u"outer"), FXT_VERSION);
+    FX_StartZemloEdit_UTF16(name16(u"inner"), FXT_VERSION);
+    changeEverything();
+    FX_EndZemloEdit(FXT_VERSION);
+    FX_EndZemloEdit(FXT_VERSION);
+    EXPECT_NE(doc::snapshot(), original_);
+    EXPECT_TRUE(edits::undo());
+    EXPECT_EQ(doc::difference(original_, doc::snapshot()), "");
+    EXPECT_TRUE(edits::errors().empty());
+}
+
+// The forwarders never pass an end or cancel on without an open edit, so the
+// host functions are called directly here.
+TEST_F(HostEdits, WhatThePlugInDoesWrongIsRecorded) {
+    auto endEdit = reinterpret_cast<int16_t (*)(uint32_t)>(hostsim::implementation(Fx::FX_EndZemloEdit));
+    auto cancelEdit = reinterpret_cast<void (*)(uint32_t)>(hostsim::implementation(Fx::FX_CancelZemloEdit));
+    auto start16 = reinterpret_cast<int32_t (*)(void*, uint32_t)>(
+        hostsim::implementation(Fx::FX_StartZemloEdit_UTF16));
+    EXPECT_EQ(endEdit(FXT_VERSION), 0);
+    cancelEdit(FXT_VERSION);
+    EXPECT_EQ(doc::snapshot(), original_);
+    start16(nullptr, FXT_VERSION);
+    FX_StartZemloEdit_UTF16(name16(u"Capo Chords"), FXT_VERSION);
+    const std::vector<std::string> expected = {
+        "FX_EndZemloEdit: no edit open", "FX_CancelZemloEdit: no edit open",
+        "FX_StartZemloEdit_UTF16: no name", "edit \"\" left open", "edit \"Capo Chords\" left open"};
+    EXPECT_EQ(edits::errors(), expected);
+    FX_EndZemloEdit(FXT_VERSION);
+    endEdit(FXT_VERSION);
+    EXPECT_EQ(edits::errors().size(), 3u);
+    hostsim::reset();
+    EXPECT_TRUE(edits::errors().empty());
+    EXPECT_TRUE(edits::all().empty());
+}
+
+// A programmed result replaces the built-in: no snapshot, no record.
+TEST_F(HostEdits, ProgrammedResultsReplaceTheBuiltIns) {
+    hostsim::setResult(Fx::FX_StartZemloEdit_UTF16, 0);
+    hostsim::setResult(Fx::FX_CancelZemloEdit, 0);
+    EXPECT_EQ(FX_StartZemloEdit_UTF16(name16(u"x"), FXT_VERSION), 0);
+    changeEverything();
+    FX_CancelZemloEdit(FXT_VERSION);
+    EXPECT_NE(doc::snapshot(), original_);
+    EXPECT_TRUE(edits::all().empty());
+}
+
+}  // namespace

@@ -1,0 +1,403 @@
+// The menu command end to end: the built bundle loaded as the host loads it,
+// invoked through its exported entry points on a score in the simulated
+// host, with the user's answers to the region question and the dialog
+// scripted.
+#include "bundles.h"
+#include "command.h"
+#include "hostsim/document.h"
+#include "hostsim/edits.h"
+#include "hostsim/host.h"
+#include "hostsim/plugin.h"
+#include "hostsim/score.h"
+#include "hostsim/ui.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+using hostsim::Fx;
+namespace doc = hostsim::doc;
+namespace edits = hostsim::edits;
+namespace score = hostsim::score;
+namespace ui = hostsim::ui;
+using namespace testing_support;
+
+namespace {
+
+using InvokeFn = int16_t (*)(void*, int16_t, void*, void*);
+using ExtInvokeFn = int32_t (*)(void*, int32_t, void*, void*);
+
+constexpr uint32_t kShowTransposed = 0x6F743132;  // ot12, (-2, 0)
+constexpr uint16_t kQuestion = 33;
+constexpr uint16_t kNotice = 64;
+const char* const kNothingSelected = "Nothing is selected. Add capo chords to the whole document?";
+const char* const kNothingChanged = "No chord symbols were changed.";
+
+void* parentTag() { return reinterpret_cast<void*>(uintptr_t{0xCAFE}); }
+
+score::ChordRecord chord(int32_t position, int16_t vertical = 24) {
+    score::ChordRecord c;
+    c.key1 = 7;
+    c.key3 = position;
+    c.vertical = vertical;
+    return c;
+}
+
+size_t capoChords(const score::Score& s, int fret = -1) {
+    size_t n = 0;
+    for (int16_t staff = 1; staff <= s.slots(); ++staff)
+        for (int16_t m = 1; m <= s.measures(); ++m)
+            for (const score::ChordRecord& c : score::chords(staff, m))
+                if (c.isCapo() && (fret < 0 || c.fret() == fret)) ++n;
+    return n;
+}
+
+// The label texts of a staff-measure without their leading font commands
+// ("^font(...)^size(12)Capo 3" reads "Capo 3").
+std::vector<std::u16string> labels(int16_t staff, int16_t measure) {
+    std::vector<std::u16string> out;
+    for (std::u16string t : score::texts(staff, measure)) {
+        while (!t.empty() && t[0] == u'^' && t.find(u')') != std::u16string::npos)
+            t.erase(0, t.find(u')') + 1);
+        out.push_back(t);
+    }
+    return out;
+}
+
+// The calls that mark the steps of a run, by name; loads only of ot12.
+std::vector<std::string> steps() {
+    std::vector<std::string> out;
+    for (const hostsim::Call& c : hostsim::calls()) {
+        switch (c.fx) {
+        case Fx::FX_AlertMessage_UTF16:
+            out.push_back("alert " + std::to_string(c.args[1]));
+            break;
+        case Fx::FX_AlertMessage:
+            out.push_back("8-bit alert " + std::to_string(c.args[1]));
+            break;
+        case Fx::FX_LoadEData:
+            if (static_cast<uint32_t>(c.args[0]) == kShowTransposed) out.push_back("transposed");
+            break;
+        case Fx::FX_Dialog:
+        case Fx::FX_StartZemloEdit_UTF16:
+        case Fx::FX_StartZemloEdit:
+        case Fx::FX_StartMassEdit:
+        case Fx::FX_EndMassEdit:
+        case Fx::FX_EndZemloEdit:
+        case Fx::FX_CancelZemloEdit:
+            out.push_back(hostsim::info(c.fx).name);
+            break;
+        default:
+            break;
+        }
+    }
+    return out;
+}
+
+class Invoke : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        hostsim::reset();
+        hostsim::setResult(Fx::FX_IsMachO, 1);  // the host runs on macOS
+        score_ = std::make_unique<score::Score>(2, 3);
+        score_->chord(1, 1, chord(0)).chord(1, 1, chord(512, 30)).chord(2, 2, chord(256));
+        selection_ = score_->whole();
+        whole_ = score_->whole();
+        original_ = doc::snapshot();
+        load();
+    }
+    void TearDown() override {
+        EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+        for (const std::string& e : edits::errors()) ADD_FAILURE() << e;
+        if (plugin_) {
+            EXPECT_EQ(*plugin_->variable<int32_t>("ZemloEditDepth"), 0);
+            EXPECT_EQ(*plugin_->variable<int32_t>("MassEditDepth"), 0);
+        }
+        hostsim::reset();
+    }
+
+    // A fresh copy of the bundle, bound as the host binds it.
+    void load() {
+        plugin_ = std::make_unique<hostsim::Plugin>(CAPOCHORDS_BUNDLE, /*freshCopy=*/true);
+        ASSERT_TRUE(plugin_->loaded()) << plugin_->error();
+        auto m = plugin_->function<int (*)(int, char**)>("main");
+        ASSERT_NE(m, nullptr);
+        char arg0[] = "Zemlo";
+        char* argv[] = {arg0, nullptr};
+        ASSERT_EQ(m(1, argv), 1);
+        invoke_ = plugin_->function<InvokeFn>("ZemloExtensionInvoke");
+        extInvoke_ = plugin_->function<ExtInvokeFn>("Ext_invoke");
+        ASSERT_NE(invoke_, nullptr);
+        ASSERT_NE(extInvoke_, nullptr);
+        ui::setDialogFolder(plugin_->bundlePath() + "/Contents/Resources");
+    }
+    int16_t run(std::vector<ui::Step> dialog, bool selected = true, int16_t item = 0) {
+        ui::scriptDialog(std::move(dialog));
+        return invoke_(parentTag(), item, selected ? &selection_ : nullptr, &whole_);
+    }
+    int16_t transposed() { return *plugin_->variable<int16_t>("transposed"); }
+    int32_t editDepth() { return *plugin_->variable<int32_t>("ZemloEditDepth"); }
+
+    Locale english_{"en_US.UTF-8"};
+    std::unique_ptr<score::Score> score_;
+    score::Region selection_, whole_;
+    doc::Document original_;
+    std::unique_ptr<hostsim::Plugin> plugin_;
+    InvokeFn invoke_ = nullptr;
+    ExtInvokeFn extInvoke_ = nullptr;
+};
+
+// ---- Before the dialog ----------------------------------------------------
+
+TEST_F(Invoke, OnlyMenuItemZeroRuns) {
+    hostsim::clearCalls();
+    EXPECT_EQ(invoke_(parentTag(), 1, &selection_, &whole_), 0);
+    EXPECT_EQ(invoke_(parentTag(), 32767, nullptr, &whole_), 0);
+    EXPECT_EQ(extInvoke_(parentTag(), 65537, &selection_, &whole_), 0) << "cut to item 1";
+    EXPECT_TRUE(hostsim::calls().empty()) << "no alert, no dialog, no edit";
+    EXPECT_EQ(doc::snapshot(), original_);
+
+    // Item 0 in the low 16 bits, and items below 0, run.
+    ui::scriptDialog({});
+    EXPECT_EQ(extInvoke_(parentTag(), 65536, &selection_, &whole_), 0);
+    ui::scriptDialog({});
+    EXPECT_EQ(invoke_(parentTag(), -1, &selection_, &whole_), 0);
+    EXPECT_EQ(ui::dialogs().size(), 2u);
+}
+
+TEST_F(Invoke, NoSelectionAsksAndOkWorksOnTheWholeDocument) {
+    ui::scriptAlerts({1});
+    EXPECT_EQ(run({ui::press(1)}, /*selected=*/false), 1);
+    ASSERT_GE(ui::alerts().size(), 1u);
+    EXPECT_EQ(ui::alerts()[0].kind, kQuestion);
+    EXPECT_EQ(ui::alerts()[0].text, kNothingSelected);
+    EXPECT_EQ(ui::alerts()[0].parent, parentTag());
+    EXPECT_TRUE(ui::alerts()[0].utf16);
+    EXPECT_EQ(ui::alerts().size(), 1u) << "no notice: chords changed";
+    EXPECT_EQ(capoChords(*score_), 3u) << "the whole document";
+    const std::vector<std::string> expected = {"alert 33", "FX_Dialog", "transposed",
+                                               "FX_StartZemloEdit_UTF16", "FX_StartMassEdit",
+                                               "FX_EndMassEdit", "FX_EndZemloEdit"};
+    EXPECT_EQ(steps(), expected);
+}
+
+TEST_F(Invoke, NoSelectionAndCancelEndsAtTheQuestion) {
+    for (int16_t answer : {2, 0, -1, 7}) {
+        ui::scriptAlerts({answer});
+        EXPECT_EQ(run({ui::press(1)}, /*selected=*/false), 0) << answer;
+    }
+    EXPECT_TRUE(ui::dialogs().empty());
+    EXPECT_TRUE(edits::all().empty());
+    EXPECT_EQ(doc::snapshot(), original_);
+    EXPECT_EQ(ui::alerts().size(), 4u);
+}
+
+// ---- The dialog -------------------------------------------------------------
+
+TEST_F(Invoke, FirstRunShowsTheDefaultsAndCancelChangesNothing) {
+    bool peeked = false;
+    EXPECT_EQ(run({ui::peek([&](const ui::DialogRun& r) {
+                       peeked = true;
+                       EXPECT_EQ(r.number, 20009);
+                       EXPECT_EQ(r.flags, 0x3001);
+                       EXPECT_EQ(r.parent, parentTag());
+                       EXPECT_EQ(r.text8(4), "1");
+                       EXPECT_EQ(r.text8(6), "64");
+                       EXPECT_EQ(r.text8(7), "Distance (EVPUs):");
+                       EXPECT_EQ(r.control(9)->value, 1);
+                       EXPECT_EQ(r.text8(10), "Capo 1");
+                       EXPECT_TRUE(r.control(10)->enabled);
+                       EXPECT_EQ(r.control(8)->value, 0);
+                       EXPECT_EQ(r.control(11)->value, 0);
+                   }),
+                   ui::press(2)}),
+              0);
+    EXPECT_TRUE(peeked);
+    EXPECT_EQ(steps(), std::vector<std::string>{"FX_Dialog"}) << "no edit after Cancel";
+    EXPECT_TRUE(ui::alerts().empty());
+    EXPECT_EQ(doc::snapshot(), original_);
+}
+
+// A host that does not report itself as Mach-O is warned when the handler is
+// wrapped and released, right around the dialog.
+TEST_F(Invoke, HostThatIsNotMachOIsWarnedAroundTheDialog) {
+    hostsim::setResult(Fx::FX_IsMachO, 0);
+    hostsim::clearCalls();
+    EXPECT_EQ(run({ui::press(2)}), 0);
+    const std::vector<std::string> expected = {"8-bit alert 48", "FX_Dialog", "8-bit alert 48"};
+    EXPECT_EQ(steps(), expected);
+    ASSERT_EQ(ui::alerts().size(), 2u);
+    EXPECT_EQ(ui::alerts()[1].text, "Should not get here!");
+}
+
+// What the user confirmed opens the next dialog; a cleared label comes back
+// as the default, and removal is always off again.
+TEST_F(Invoke, ConfirmedSettingsAreRememberedForTheNextRun) {
+    putUnitPreference(6);  // spaces
+    EXPECT_EQ(run({ui::type(4, "5"), ui::type(6, "2.5"), ui::click(8), ui::type(10, ""),
+                   ui::click(11), ui::press(1)}),
+              0)
+        << "a removal over a score without capo chords changes nothing";
+    int16_t shownRemoval = -1;
+    EXPECT_EQ(run({ui::peek([&](const ui::DialogRun& r) {
+                       EXPECT_EQ(r.text8(4), "5");
+                       EXPECT_EQ(r.text8(6), "2.500");
+                       EXPECT_EQ(r.control(8)->value, 1);
+                       EXPECT_EQ(r.text8(10), "Capo 1") << "the default for a cleared label";
+                       shownRemoval = static_cast<int16_t>(r.control(11)->value);
+                       for (int16_t n : {4, 6, 8, 9}) EXPECT_TRUE(r.control(n)->enabled) << n;
+                   }),
+                   ui::press(2)}),
+              0);
+    EXPECT_EQ(shownRemoval, 0);
+
+    // A cancelled dialog is not remembered.
+    run({ui::type(4, "9"), ui::press(2)});
+    run({ui::peek([](const ui::DialogRun& r) { EXPECT_EQ(r.text8(4), "5"); }), ui::press(2)});
+    // A fresh copy starts from the defaults.
+    load();
+    run({ui::peek([](const ui::DialogRun& r) {
+             EXPECT_EQ(r.text8(4), "1");
+             EXPECT_EQ(r.text8(6), "2.667");
+             EXPECT_EQ(r.control(8)->value, 0);
+         }),
+         ui::press(2)});
+}
+
+// ---- Runs that change nothing -------------------------------------------------
+
+TEST_F(Invoke, RunThatChangesNothingTellsTheUserAndCancelsTheEdit) {
+    for (int16_t m = 1; m <= 3; ++m) score_->chordFlag(m, false);
+    original_ = doc::snapshot();
+    hostsim::clearCalls();
+    EXPECT_EQ(run({ui::press(1)}), 0);
+    ASSERT_EQ(ui::alerts().size(), 1u);
+    EXPECT_EQ(ui::alerts()[0].kind, kNotice);
+    EXPECT_EQ(ui::alerts()[0].text, kNothingChanged);
+    EXPECT_EQ(ui::alerts()[0].parent, parentTag());
+    const std::vector<std::string> expected = {"FX_Dialog", "transposed", "FX_StartZemloEdit_UTF16",
+                                               "FX_StartMassEdit", "FX_EndMassEdit", "alert 64",
+                                               "FX_CancelZemloEdit"};
+    EXPECT_EQ(steps(), expected) << "the notice shows while the edit is open";
+    ASSERT_EQ(edits::all().size(), 1u);
+    EXPECT_EQ(edits::all()[0].name, "Capo Chords");
+    EXPECT_EQ(edits::all()[0].state, edits::State::Cancelled);
+    EXPECT_EQ(doc::difference(original_, doc::snapshot()), "");
+    EXPECT_EQ(editDepth(), 0);
+}
+
+// The application refuses fret 64; the fret is remembered all the same.
+TEST_F(Invoke, FretSixtyFourChangesNothingAndIsRemembered) {
+    EXPECT_EQ(run({ui::type(4, "64"), ui::press(1)}), 0);
+    ASSERT_EQ(ui::alerts().size(), 1u);
+    EXPECT_EQ(ui::alerts()[0].kind, kNotice);
+    EXPECT_EQ(edits::all().back().state, edits::State::Cancelled);
+    EXPECT_EQ(doc::snapshot(), original_);
+    run({ui::peek([](const ui::DialogRun& r) {
+             EXPECT_EQ(r.text8(4), "64");
+             EXPECT_EQ(r.text8(10), "Capo 64");
+         }),
+         ui::press(2)});
+}
+
+// Label blocks removed, no chord record changed: the notice shows, and
+// cancelling the edit brings the blocks back.
+TEST_F(Invoke, RemovalThatFindsOnlyLabelBlocksIsUndone) {
+    score_->textBlock(1, 1, -200, 194, u"Capo 3").textBlock(2, 1, -200, 194, u"Capo 3");
+    original_ = doc::snapshot();
+    int16_t removedDuringTheRun = -1;
+    ui::setProgressObserver([&](const ui::Progress& p) {
+        if (p.ended)
+            removedDuringTheRun =
+                static_cast<int16_t>(2 - score::texts(1, 1).size() - score::texts(2, 1).size());
+    });
+    EXPECT_EQ(run({ui::click(11), ui::press(1)}), 0);
+    EXPECT_EQ(removedDuringTheRun, 2) << "the application removed both blocks";
+    ASSERT_EQ(ui::alerts().size(), 1u);
+    EXPECT_EQ(ui::alerts()[0].text, kNothingChanged);
+    EXPECT_EQ(edits::all().back().state, edits::State::Cancelled);
+    EXPECT_EQ(doc::difference(original_, doc::snapshot()), "");
+}
+
+// ---- A run that changes the score ----------------------------------------------
+
+TEST_F(Invoke, CommittedRunAddsCapoChordsAndCanBeUndone) {
+    doc::put(kShowTransposed, {-2, 0, 0}, {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+    EXPECT_EQ(run({ui::type(4, "3"), ui::press(1)}), 1);
+    EXPECT_TRUE(ui::alerts().empty());
+    EXPECT_EQ(editDepth(), 0);
+    EXPECT_EQ(transposed(), 1);
+    ASSERT_EQ(edits::all().size(), 1u);
+    EXPECT_EQ(edits::all()[0].state, edits::State::Committed);
+    EXPECT_EQ(edits::all()[0].name, "Capo Chords");
+    EXPECT_EQ(capoChords(*score_, 3), 3u);
+    EXPECT_EQ(labels(1, 1), std::vector<std::u16string>{u"Capo 3"});
+    EXPECT_EQ(labels(2, 1), std::vector<std::u16string>{u"Capo 3"});
+    const doc::Document afterFirst = doc::snapshot();
+
+    // Run again with another fret: updated in place, nothing added.
+    doc::put(kShowTransposed, {-2, 0, 0}, std::vector<uint8_t>(12, 0));
+    EXPECT_EQ(extInvoke_(parentTag(), 0, &selection_, &whole_), 0)
+        << "the dialog's close box cancels";
+    ui::scriptDialog({ui::type(4, "5"), ui::press(1)});
+    EXPECT_EQ(extInvoke_(parentTag(), 0, &selection_, &whole_), 1);
+    EXPECT_EQ(transposed(), 0);
+    EXPECT_EQ(capoChords(*score_), 3u);
+    EXPECT_EQ(capoChords(*score_, 5), 3u);
+    EXPECT_EQ(labels(1, 1), std::vector<std::u16string>{u"Capo 5"});
+
+    // The host's Undo takes back one run at a time; the setting changed
+    // outside the runs stays as it is.
+    const auto withoutSetting = [](doc::Document d) {
+        for (auto it = d.records.begin(); it != d.records.end();)
+            it = std::get<0>(it->first) == kShowTransposed ? d.records.erase(it) : std::next(it);
+        return d;
+    };
+    EXPECT_TRUE(edits::undo());
+    EXPECT_EQ(doc::difference(withoutSetting(afterFirst), withoutSetting(doc::snapshot())), "");
+    EXPECT_TRUE(edits::undo());
+    EXPECT_EQ(doc::difference(withoutSetting(original_), withoutSetting(doc::snapshot())), "");
+    EXPECT_EQ(doc::get(kShowTransposed, {-2, 0, 0}), std::vector<uint8_t>(12, 0));
+}
+
+// Removal after a committed run takes the capo chords and labels away again.
+TEST_F(Invoke, RemovalAfterARunRestoresTheScore) {
+    EXPECT_EQ(run({ui::press(1)}), 1);
+    EXPECT_EQ(run({ui::click(11), ui::press(1)}), 1);
+    EXPECT_TRUE(ui::alerts().empty());
+    EXPECT_EQ(capoChords(*score_), 0u);
+    const std::string diff = doc::difference(original_, doc::snapshot());
+    EXPECT_EQ(score::chords(1, 1).size(), 2u);
+    EXPECT_TRUE(score::texts(1, 1).empty()) << diff;
+}
+
+// ---- Hosts without some functions ---------------------------------------------
+
+TEST_F(Invoke, WithoutTheAlertFunctionNoSelectionEndsAtTheQuestion) {
+    hostsim::setPresent(Fx::FX_AlertMessage_UTF16, false);
+    EXPECT_EQ(run({ui::press(1)}, /*selected=*/false), 0);
+    EXPECT_TRUE(ui::dialogs().empty());
+    EXPECT_TRUE(edits::all().empty());
+    EXPECT_EQ(doc::snapshot(), original_);
+}
+
+TEST_F(Invoke, WithoutTheDialogFunctionNothingIsConfirmed) {
+    hostsim::setPresent(Fx::FX_Dialog, false);
+    EXPECT_EQ(run({}), 0);
+    EXPECT_TRUE(edits::all().empty());
+    EXPECT_EQ(doc::snapshot(), original_);
+}
+
+// Without the show-transposed record the setting reads as off.
+TEST_F(Invoke, ShowTransposedThatCannotBeLoadedIsOff) {
+    doc::put(kShowTransposed, {-2, 0, 0}, {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+    EXPECT_EQ(run({ui::press(1)}), 1);
+    EXPECT_EQ(transposed(), 1);
+    doc::erase(kShowTransposed, {-2, 0, 0});
+    EXPECT_EQ(run({ui::type(4, "2"), ui::press(1)}), 1);
+    EXPECT_EQ(transposed(), 0);
+}
+
+}  // namespace
