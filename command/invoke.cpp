@@ -46,6 +46,9 @@ extern "C" FX_EXPORT int16_t ZemloExtensionInvoke(void* parent, int16_t menuItem
     }
     stickySettings.removeMode = 0;
     CapoSettings work = stickySettings;
+    // Only this dialog confirms this run: a host that returns without running
+    // it must not go ahead on the last run's confirmation.
+    work.confirmed = 0;
 
     FF_DialogHandlerProcPtr handler = NewFF_DialogHandlerProc(&BrevadoDialogHandler);
     FX_Dialog(kSettingsDialog, reinterpret_cast<void*>(handler), parent, kDialogFlags, &work,

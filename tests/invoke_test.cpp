@@ -390,6 +390,15 @@ TEST_F(Invoke, WithoutTheDialogFunctionNothingIsConfirmed) {
     EXPECT_EQ(doc::snapshot(), original_);
 }
 
+TEST_F(Invoke, DialogThatIsNotShownConfirmsNothingEvenAfterAConfirmedRun) {
+    EXPECT_EQ(run({ui::press(1)}), 1);
+    const doc::Document after = doc::snapshot();
+    hostsim::failCall(Fx::FX_Dialog, 1);
+    EXPECT_EQ(run({}), 0);
+    EXPECT_EQ(doc::snapshot(), after);
+    EXPECT_EQ(edits::all().size(), 1u) << "no second edit";
+}
+
 // Without the show-transposed record the setting reads as off.
 TEST_F(Invoke, ShowTransposedThatCannotBeLoadedIsOff) {
     doc::put(kShowTransposed, {-2, 0, 0}, {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
