@@ -75,6 +75,16 @@ inline std::u16string u16(const unsigned short* s) {
     return std::u16string(reinterpret_cast<const char16_t*>(s));
 }
 
+// The settings of one run.
+struct Args {
+    short fret = 3;
+    short distance = 64;
+    bool showLabel = false;
+    const char16_t* label = u"Capo 3";
+    bool chordFlag = false;
+    bool remove = false;
+};
+
 // A fresh copy of the test image per test, bound as the host binds the
 // plug-in, in English, over an empty host.
 class CommandTest : public ::testing::Test {
@@ -97,14 +107,6 @@ class CommandTest : public ::testing::Test {
         hostsim::reset();
     }
 
-    struct Args {
-        short fret = 3;
-        short distance = 64;
-        bool showLabel = false;
-        const char16_t* label = u"Capo 3";
-        bool chordFlag = false;
-        bool remove = false;
-    };
     // One run; the count starts at 0 as the caller's does.
     short run(score::Region region, const Args& a, short* count = nullptr) {
         std::u16string label = a.label ? a.label : u"";
