@@ -489,6 +489,42 @@ TEST_F(Brevado, CancelKeepsWhatChangedAndAnswersWhetherAnythingDid) {
 
 // ---- Host failures -------------------------------------------------------
 
+TEST_F(Brevado, HostWithoutFunctionsGetsTheirFixedAnswers) {
+    struct Case {
+        const char* what;
+        Fx missing;
+        short result;
+        std::vector<std::u16string> label;  // at staff 1, measure 1
+    };
+    const Case cases[] = {
+        // No progress call answers 0: the run stops at once, as if cancelled.
+        {"progress call", Fx::FX_MassEditProgress, 0, {}},
+        // No font number answers -1: a font without a name record.
+        {"font name to number", Fx::FX_FontNameToNum_UTF16, 1, {u"^font(,0)^nfx(2)^size(12)Capo 3"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        testing_support::Probe fresh;  // binds its host functions anew
+        ASSERT_EQ(fresh.bind(), 1);
+        auto brevado = fresh.fn<BrevadoFn>("Brevado");
+        hostsim::reset();
+        hostsim::setPresent(c.missing, false);
+        score::addFont(3, u"Times New Roman", 7);
+        score::Score s(1, 1);
+        s.chord(1, 1, chordSymbol(0, 10));
+        score::Region r = s.whole();
+        std::u16string label = u"Capo 3";
+        short count = 0;
+        EXPECT_EQ(brevado(&r, 3, 64, 1, reinterpret_cast<unsigned short*>(&label[0]), 0, 0, &count), c.result);
+        EXPECT_EQ(count, c.result);
+        EXPECT_EQ(score::texts(1, 1), c.label);
+        ASSERT_EQ(ui::progress().size(), 1u);
+        EXPECT_TRUE(ui::progress()[0].ended);
+        EXPECT_EQ(ui::progress()[0].cancelled, c.result ? 0 : 1);
+    }
+}
+
+
 TEST_F(Brevado, FailedAppendIsNotCountedAndTheAppendIndexStillAdvances) {
     score::Score s(1, 1);
     const ChordRecord a = chordSymbol(0, 10), b = chordSymbol(240, 20, 0x21), c = chordSymbol(480, 30, 0x31);
