@@ -202,10 +202,12 @@ uint64_t create(Call& c) {
         }
         case Numbering::Assigned: {
             if (key.first == -1) {
+                // The kind's highest number is its last record in the store's order.
                 int next = 1;
-                for (const auto& r : recs)
-                    if (std::get<0>(r.first) == tag)
-                        next = std::max(next, std::get<1>(r.first).first + 1);
+                const int16_t top = std::numeric_limits<int16_t>::max();
+                auto last = recs.upper_bound({tag, RecordId{top, top, top}});
+                if (last != recs.begin() && std::get<0>(std::prev(last)->first) == tag)
+                    next = std::max(next, std::get<1>(std::prev(last)->first).first + 1);
                 ok = next <= std::numeric_limits<int16_t>::max();
                 key.first = static_cast<int16_t>(next);
                 if (ok) {
