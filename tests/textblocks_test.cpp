@@ -246,11 +246,11 @@ TEST_F(TextBlocks, UpdateMovesTheBlockBackAndRewritesItsTextOnly) {
     tb[8] = 0x44;  // the host changed its block: kept as it is
     doc::put(doc::kTextBlock, {2, 0, 0}, tb);
     Expected e{doc::snapshot()};
-    auto moved = mt;
-    const int16_t h = -200, v = 150;
-    std::memcpy(&moved[2], &h, 2);
-    std::memcpy(&moved[4], &v, 2);
-    e.put(doc::kMeasureText, {1, 1, 1}, moved);
+    score::MeasureTextRecord moved;
+    std::memcpy(&moved, mt.data(), sizeof moved);
+    moved.horizontal = -200;
+    moved.vertical = 150;
+    e.put(doc::kMeasureText, {1, 1, 1}, bytesOf(moved));
     const std::u16string text = u"^font(Gill,2)^nfx(6)^size(9)Capo 5";
     std::vector<uint8_t> units(text.size() * 2);
     std::memcpy(units.data(), text.data(), units.size());
