@@ -66,13 +66,11 @@ struct Run {
         font.fontNumber = static_cast<uint16_t>(FX_FontNameToNum_UTF16(
             const_cast<unsigned short*>(timesNewRoman.data()), FXT_VERSION));
         font.size = 12;
-        EOrvexFont defined;
+        // The document's definition 14 replaces as much of the default as
+        // it holds; the host leaves the rest alone.
         EDataID fontId = {14, 0, 0};
-        int32_t size = sizeof defined;
-        if (FX_LoadEData(kTagFontDef, &fontId, &defined, &size, FXT_VERSION)) {
-            font = defined;
-            font.effects |= 0x0002;
-        }
+        int32_t size = sizeof font;
+        if (FX_LoadEData(kTagFontDef, &fontId, &font, &size, FXT_VERSION)) font.effects |= 0x0002;
         for (int s = region.firstSlot; s <= region.lastSlot; ++s) {
             const short staff = FX_SlotToInst(static_cast<int16_t>(s), region.slotField, FXT_VERSION);
             const short found = FindMeasTextBlock(labelSearchText, staff, region.firstMeasure,

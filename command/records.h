@@ -40,6 +40,7 @@ static_assert(offsetof(EREGION, firstPosition) == 6, "");
 static_assert(offsetof(EREGION, lastSlot) == 12, "");
 static_assert(offsetof(EREGION, lastMeasure) == 14, "");
 static_assert(offsetof(EREGION, lastPosition) == 16, "");
+static_assert(sizeof(EREGION) == 20, "the part of the region record the command reads");
 
 // A chord symbol. Bytes the command does not name are copied unchanged into
 // a capo chord.
@@ -55,7 +56,11 @@ struct EDTChord2010 {
     uint8_t host24[6];
 };
 static_assert(sizeof(EDTChord2010) == 30, "chord record is 30 bytes");
+static_assert(offsetof(EDTChord2010, siblingKey1) == 0, "");
 static_assert(offsetof(EDTChord2010, siblingKey2) == 2, "");
+static_assert(offsetof(EDTChord2010, host4) == 4 && offsetof(EDTChord2010, host10) == 10 &&
+                  offsetof(EDTChord2010, host24) == 24,
+              "bytes copied unchanged into a capo chord");
 static_assert(offsetof(EDTChord2010, vertical) == 8, "");
 static_assert(offsetof(EDTChord2010, flags) == 16, "");
 static_assert(offsetof(EDTChord2010, capoBits) == 18, "");
@@ -88,6 +93,7 @@ struct EDTMeasureText {
     uint8_t host6[4];
 };
 static_assert(sizeof(EDTMeasureText) == 10, "measure text is 10 bytes");
+static_assert(offsetof(EDTMeasureText, blockNumber) == 0, "");
 static_assert(offsetof(EDTMeasureText, horizontal) == 2, "");
 static_assert(offsetof(EDTMeasureText, vertical) == 4, "");
 
@@ -103,6 +109,7 @@ struct EDTTextBlock {
     uint8_t host26[4];
 };
 static_assert(sizeof(EDTTextBlock) == 30, "text block is 30 bytes");
+static_assert(offsetof(EDTTextBlock, rawTextNumber) == 0, "");
 static_assert(offsetof(EDTTextBlock, word8) == 8, "");
 static_assert(offsetof(EDTTextBlock, word14) == 14, "");
 static_assert(offsetof(EDTTextBlock, rawTextKind) == 24, "");
@@ -114,6 +121,7 @@ struct EDTFontName {
     uint16_t fontName[512];  // UTF-16, zero-terminated
 };
 static_assert(sizeof(EDTFontName) == 1036, "font name record is 1036 bytes");
+static_assert(offsetof(EDTFontName, nameValue) == 0, "");
 static_assert(offsetof(EDTFontName, fontName) == 12, "");
 
 #pragma pack(pop)

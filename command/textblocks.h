@@ -5,18 +5,21 @@
 #define CAPOCHORDS_COMMAND_TEXTBLOCKS_H
 
 #include <cstdint>
+#include <type_traits>
 
 // The font a block's text is written in; its layout is that of the host's
 // font definition record, so that one loads straight into it.
 class EOrvexFont {
   public:
     EOrvexFont() : fontNumber(0), size(0), effects(0) {}
-    ~EOrvexFont() {}
+    ~EOrvexFont() = default;  // nothing to do, and the record stays trivially copyable
     uint16_t fontNumber;
     int16_t size;      // points
     uint16_t effects;  // effect bits
 };
 static_assert(sizeof(EOrvexFont) == 6, "font definition is three 16-bit fields");
+static_assert(std::is_trivially_copyable<EOrvexFont>::value && std::is_standard_layout<EOrvexFont>::value,
+              "the host loads font definitions straight into it");
 
 // The record kind of a tag: its low 16 bits, read as signed.
 int ExtractOrvexTag(unsigned int tag);

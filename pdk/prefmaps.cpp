@@ -426,14 +426,25 @@ const PREF_ARRAY* prefArrays(size_t* count) {
     return kArrays;
 }
 
+namespace {
+
+// Every composite and array preference has a p f tag: chord records, texts
+// and the rest, which reach load and save far more often, pass by the tables
+// without a look.
+bool mayBeMapped(uint32_t tag) { return (tag >> 16) == 0x7066; }
+
+}  // namespace
+
 bool mapPrefStruct(uint32_t tag, int16_t number, const PREFERENCE_LOCATION_MAPRECORD** map,
                    int16_t* rows) {
-    for (const PREF_COMPOSITE& c : kComposites) {
-        if (c.tag != tag) continue;
-        if (c.number >= 0 && c.number != number) return false;  // outputs as they were
-        *map = c.map;
-        *rows = c.rows;
-        return true;
+    if (mayBeMapped(tag)) {
+        for (const PREF_COMPOSITE& c : kComposites) {
+            if (c.tag != tag) continue;
+            if (c.number >= 0 && c.number != number) return false;  // outputs as they were
+            *map = c.map;
+            *rows = c.rows;
+            return true;
+        }
     }
     *map = nullptr;
     *rows = 0;
@@ -445,6 +456,7 @@ bool mapPrefTag(uint32_t tag, int16_t number, uint32_t* elementTag, int16_t* cou
     *elementTag = 0;
     *count = 0;
     *start = 0;
+    if (!mayBeMapped(tag)) return true;
     for (const PREF_ARRAY& a : kArrays) {
         if (a.tag != tag) continue;
         if (a.numbered && (number < a.low || number > a.high)) return false;

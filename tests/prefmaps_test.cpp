@@ -50,6 +50,28 @@ const PREF_COMPOSITE& composite(uint32_t tag) {
     return c[0];
 }
 
+// Load and save skip the tables for tags other than p f ones: every row of
+// both tables must be such a tag, and other tags must come out unmapped.
+TEST_F(Prefs, OnlyPreferenceTagsAreMapped) {
+    size_t arrays = 0;
+    const PREF_ARRAY* a = prefArrays(&arrays);
+    for (const PREF_COMPOSITE& c : composites()) EXPECT_EQ(c.tag >> 16, 0x7066u) << doc::tagName(c.tag);
+    for (size_t i = 0; i < arrays; ++i) EXPECT_EQ(a[i].tag >> 16, 0x7066u) << doc::tagName(a[i].tag);
+    for (uint32_t tag : {0x53444368u, 0x7478626Cu, 0x6F743838u, 0x00004450u, 0x71664450u}) {
+        const Row* map = reinterpret_cast<const Row*>(&arrays);
+        int16_t rows = 7;
+        EXPECT_FALSE(mapPrefStruct(tag, -1, &map, &rows)) << doc::tagName(tag);
+        EXPECT_EQ(map, nullptr);
+        EXPECT_EQ(rows, 0);
+        uint32_t element = 1;
+        int16_t count = 1, start = 1;
+        EXPECT_TRUE(mapPrefTag(tag, 1, &element, &count, &start)) << doc::tagName(tag);
+        EXPECT_EQ(element, 0u);
+        EXPECT_EQ(count, 0);
+        EXPECT_EQ(start, 0);
+    }
+}
+
 // Distinct elements of a map in the order it first names them.
 std::vector<ElementKey> elementsOf(const PREF_COMPOSITE& c) {
     std::vector<ElementKey> out;

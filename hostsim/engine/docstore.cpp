@@ -104,20 +104,18 @@ int16_t groupCount(uint32_t tag, RecordId id) {
     return n;
 }
 
-// Moves records (index >= from) of id's staff-measure by delta.
+// Moves records (index >= from) of id's staff-measure by delta. They sit
+// together in the store's order, so only they are visited: a delete in a
+// large document costs what its staff-measure holds, not the whole store.
 void shiftGroup(uint32_t tag, RecordId id, int16_t from, int delta) {
     auto& recs = store().doc.records;
     std::vector<std::pair<Key, std::vector<uint8_t>>> moved;
-    for (auto it = recs.begin(); it != recs.end();) {
-        const RecordId& r = std::get<1>(it->first);
-        if (std::get<0>(it->first) == tag && sameGroup(r, id) && r.third >= from) {
-            RecordId to = r;
-            to.third = static_cast<int16_t>(to.third + delta);
-            moved.push_back({{tag, to}, std::move(it->second)});
-            it = recs.erase(it);
-        } else {
-            ++it;
-        }
+    for (auto it = recs.lower_bound({tag, RecordId{id.first, id.second, from}});
+         it != recs.end() && std::get<0>(it->first) == tag && sameGroup(std::get<1>(it->first), id);) {
+        RecordId to = std::get<1>(it->first);
+        to.third = static_cast<int16_t>(to.third + delta);
+        moved.push_back({{tag, to}, std::move(it->second)});
+        it = recs.erase(it);
     }
     for (auto& m : moved) recs[m.first] = std::move(m.second);
 }
@@ -204,10 +202,12 @@ uint64_t create(Call& c) {
         }
         case Numbering::Assigned: {
             if (key.first == -1) {
+                // The kind's highest number is its last record in the store's order.
                 int next = 1;
-                for (const auto& r : recs)
-                    if (std::get<0>(r.first) == tag)
-                        next = std::max(next, std::get<1>(r.first).first + 1);
+                const int16_t top = std::numeric_limits<int16_t>::max();
+                auto last = recs.upper_bound({tag, RecordId{top, top, top}});
+                if (last != recs.begin() && std::get<0>(std::prev(last)->first) == tag)
+                    next = std::max(next, std::get<1>(std::prev(last)->first).first + 1);
                 ok = next <= std::numeric_limits<int16_t>::max();
                 key.first = static_cast<int16_t>(next);
                 if (ok) {

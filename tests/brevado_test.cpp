@@ -1,0 +1,605 @@
+// The capo chord run through the simulated host: first runs, re-runs,
+// removal, the label blocks, argument checks, cancellation and host
+// failures, each checked against the whole document afterwards.
+#include "capo.h"
+
+using hostsim::Fx;
+using hostsim::doc::Op;
+using namespace testing_support;
+
+namespace {
+
+using Brevado = CommandTest;
+using score::ChordRecord;
+
+constexpr int16_t kBaseline = 130;
+
+// The three records of a label block and the measure's text flag, as the
+// command writes them.
+void labelBlock(Expected& e, int16_t staff, int16_t measure, int16_t index, int16_t block,
+                int16_t raw, int16_t vertical, const std::u16string& text) {
+    std::vector<uint8_t> units(text.size() * 2);
+    std::memcpy(units.data(), text.data(), units.size());
+    e.put(doc::kRawText, {raw, 0, 0}, units);
+    score::TextBlockRecord tb;
+    tb.rawTextNumber = static_cast<uint16_t>(raw);
+    tb.word8 = 100;
+    tb.word14 = 0x1808;
+    tb.rawTextKind = 0x626C;
+    e.put(doc::kTextBlock, {block, 0, 0}, bytesOf(tb));
+    score::MeasureTextRecord mt;
+    mt.blockNumber = static_cast<uint16_t>(block);
+    mt.horizontal = -200;
+    mt.vertical = vertical;
+    e.put(doc::kMeasureText, {staff, measure, index}, bytesOf(mt));
+    auto m = e.d.records.at({doc::kMeasure, {measure, 0, 0}});
+    m[15] = static_cast<uint8_t>(m[15] | 0x01);  // 0x0100 of the word at 14
+    e.put(doc::kMeasure, {measure, 0, 0}, m);
+}
+
+std::u16string labelText(const std::u16string& font, int nameValue, int effects, int size,
+                         const std::u16string& label) {
+    std::string head = ",";
+    head += std::to_string(nameValue) + ")^nfx(" + std::to_string(effects) + ")^size(" +
+            std::to_string(size) + ")";
+    return u"^font(" + font + std::u16string(head.begin(), head.end()) + label;
+}
+
+// ---- Writing -------------------------------------------------------------
+
+TEST_F(Brevado, FirstRunAppendsCapoCopiesAfterTheChordsInTheirOrder) {
+    for (bool flag : {false, true}) {
+        SCOPED_TRACE(flag ? "chord flag set" : "chord flag cleared");
+        hostsim::reset();
+        score::Score s(2, 1);
+        const ChordRecord a = chordSymbol(0, 40, 0x11, 0x0123);
+        const ChordRecord b = chordSymbol(480, 32760, 0x51, 0x8123);  // vertical wraps
+        s.chord(1, 1, a).chord(1, 1, b);
+        Expected e{doc::snapshot()};
+        e.chord(1, 1, 2, capoOf(a, 3, 104, flag));
+        e.chord(1, 1, 3, capoOf(b, 3, static_cast<int16_t>(32760 + 64), flag));
+        Args args;
+        args.chordFlag = flag;
+        short count = 0;
+        EXPECT_EQ(run(s.whole(), args, &count), 1);
+        EXPECT_EQ(count, 2);
+        EXPECT_DOCUMENT(e);
+        const auto written = score::chords(1, 1);
+        ASSERT_EQ(written.size(), 4u);
+        EXPECT_EQ(written[2].capoBits, 0x0A80 | 0x0040 | 3) << "stale fret bits cleared, host bits kept";
+        EXPECT_EQ(written[2].flags, flag ? 0x8123 : 0x0123);
+        EXPECT_EQ(written[3].flags, flag ? 0x8123 : 0x0123);
+    }
+}
+
+TEST_F(Brevado, SecondRunUpdatesInPlaceWithTheNewFretAndDistance) {
+    score::Score s(2, 2);
+    const ChordRecord a = chordSymbol(0, 40);
+    const ChordRecord b = chordSymbol(960, -20, 0x31);
+    s.chord(1, 1, a).chord(1, 1, b).chord(2, 2, a);
+    ASSERT_EQ(run(s.whole(), {}), 1);
+    const size_t records = doc::recordCount();
+
+    Expected e{doc::snapshot()};
+    e.chord(1, 1, 2, capoOf(a, 7, 10, true));
+    e.chord(1, 1, 3, capoOf(b, 7, -50, true));
+    e.chord(2, 2, 1, capoOf(a, 7, 10, true));
+    Args again;
+    again.fret = 7;
+    again.distance = -30;
+    again.chordFlag = true;
+    short count = 0;
+    EXPECT_EQ(run(s.whole(), again, &count), 1);
+    EXPECT_EQ(count, 3);
+    EXPECT_EQ(doc::recordCount(), records) << "no record added";
+    EXPECT_DOCUMENT(e);
+}
+
+TEST_F(Brevado, CapoChordWithoutSourceGetsTheDistanceItself) {
+    score::Score s(1, 1);
+    const ChordRecord a = chordSymbol(0, 40);
+    ChordRecord orphan = capoOf(chordSymbol(0, 300, 0x71), 2, 999, false);
+    orphan.key1 = static_cast<int16_t>(a.key1 + 1);  // one key apart: not a sibling of a
+    s.chord(1, 1, a).chord(1, 1, orphan);
+    Expected e{doc::snapshot()};
+    e.chord(1, 1, 1, capoOf(orphan, 3, 64, false));
+    short count = 0;
+    EXPECT_EQ(run(s.whole(), {}, &count), 1);
+    EXPECT_EQ(count, 1) << "the ordinary chord met before a capo chord gets none";
+    EXPECT_DOCUMENT(e);
+}
+
+TEST_F(Brevado, SixteenNewCapoChordsPerStaffMeasureAndTheRestUntouched) {
+    score::Score s(1, 1);
+    std::vector<ChordRecord> sources;
+    for (int i = 0; i < 17; ++i) {
+        sources.push_back(chordSymbol(i * 240, static_cast<int16_t>(i), static_cast<uint8_t>(i)));
+        s.chord(1, 1, sources.back());
+    }
+    Expected e{doc::snapshot()};
+    for (int i = 0; i < 16; ++i)
+        e.chord(1, 1, static_cast<int16_t>(17 + i), capoOf(sources[i], 3, static_cast<int16_t>(i + 64), false));
+    short count = 0;
+    EXPECT_EQ(run(s.whole(), {}, &count), 1);
+    EXPECT_EQ(count, 16);
+    EXPECT_DOCUMENT(e);
+    EXPECT_EQ(doc::countOps(Op::Load, doc::kChord), 17u + 16u * 18u)
+        << "the walk stops at the 17th record; each of the 16 searched all 17 and the end";
+}
+
+TEST_F(Brevado, CapoChordMetStopsNewOnesForTheRestOfTheRun) {
+    score::Score s(2, 3);
+    const ChordRecord a = chordSymbol(0, 10), b = chordSymbol(240, 20, 0x21);
+    const ChordRecord c = chordSymbol(480, 30, 0x31), d = chordSymbol(720, 40, 0x41);
+    const ChordRecord stale = capoOf(d, 9, 999, true);
+    const ChordRecord e2 = chordSymbol(960, 50, 0x51), f = chordSymbol(1200, 60, 0x61);
+    s.chord(1, 1, a).chord(2, 1, b);
+    s.chord(1, 2, c).chord(1, 2, d).chord(1, 2, stale).chord(2, 2, e2);
+    s.chord(1, 3, f);
+    Expected e{doc::snapshot()};
+    e.chord(1, 1, 1, capoOf(a, 3, 74, false));
+    e.chord(2, 1, 1, capoOf(b, 3, 84, false));
+    e.chord(1, 2, 2, capoOf(stale, 3, 104, false));  // updated from its source d
+    short count = 0;
+    EXPECT_EQ(run(s.whole(), {}, &count), 1);
+    EXPECT_EQ(count, 3) << "c (before the capo chord), e (later staff) and f (later measure) get none";
+    EXPECT_DOCUMENT(e);
+}
+
+TEST_F(Brevado, LastSiblingInIndexOrderGivesTheDistance) {
+    score::Score s(1, 1);
+    const ChordRecord a = chordSymbol(0, 10);
+    ChordRecord twin = a;
+    twin.vertical = 500;
+    const ChordRecord capo = capoOf(a, 1, 0, false);
+    s.chord(1, 1, a).chord(1, 1, capo).chord(1, 1, twin);
+    Expected e{doc::snapshot()};
+    e.chord(1, 1, 1, capoOf(a, 3, 564, false));
+    EXPECT_EQ(run(s.whole(), {}), 1);
+    EXPECT_DOCUMENT(e);
+}
+
+TEST_F(Brevado, MeasuresWithoutTheChordFlagAreNotWalked) {
+    score::Score s(1, 2);
+    s.chord(1, 1, chordSymbol(0, 0)).chord(1, 2, chordSymbol(0, 0));
+    s.chordFlag(1, false).chordFlag(2, false);
+    doc::erase(doc::kMeasure, {2, 0, 0});  // unreadable: holds no chords we know of
+    const doc::Document before = doc::snapshot();
+    EXPECT_EQ(run(s.whole(), {}), 0);
+    EXPECT_EQ(doc::difference(before, doc::snapshot()), "");
+    EXPECT_EQ(doc::countOps(Op::Load, doc::kChord), 0u);
+    EXPECT_EQ(doc::countOps(Op::Save, doc::kMeasure), 0u) << "a measure record is only read";
+}
+
+// ---- Arguments -----------------------------------------------------------
+
+TEST_F(Brevado, FretOutsideOneToSixtyThreeOrNoRegionDoesNothing) {
+    struct Case {
+        short fret;
+        bool remove;
+        bool region;
+        short result;
+    };
+    const Case cases[] = {{0, false, true, 0},  {64, false, true, 0}, {-1, false, true, 0},
+                          {-32768, false, true, 0}, {0, true, true, 0},  {64, true, true, 0},
+                          {3, false, false, 0}, {3, true, false, 0},  {1, false, true, 1},
+                          {63, false, true, 1}, {63, true, true, 1}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE("fret " + std::to_string(c.fret) + (c.remove ? " removal" : "") +
+                     (c.region ? "" : " null region"));
+        hostsim::reset();
+        score::Score s(1, 1);
+        const ChordRecord a = chordSymbol(0, 5);
+        s.chord(1, 1, a);
+        if (c.remove) s.chord(1, 1, capoOf(a, 2, 69, false));
+        Expected e{doc::snapshot()};
+        if (c.result && c.remove) e.erase(doc::kChord, {1, 1, 1});
+        else if (c.result) e.chord(1, 1, 1, capoOf(a, c.fret, 69, false));
+        short count = 0;
+        Args args;
+        args.fret = c.fret;
+        args.remove = c.remove;
+        if (c.region) {
+            EXPECT_EQ(run(s.whole(), args, &count), c.result);
+        } else {
+            count = 0;
+            std::u16string label = u"Capo";
+            EXPECT_EQ(brevado_(nullptr, c.fret, 64, 1, reinterpret_cast<unsigned short*>(&label[0]), 0,
+                               c.remove, &count),
+                      0);
+        }
+        EXPECT_EQ(count, c.result);
+        EXPECT_DOCUMENT(e);
+        if (!c.result) {
+            EXPECT_TRUE(hostsim::calls().empty()) << "no progress display, no string, no record";
+            EXPECT_TRUE(ui::progress().empty());
+        } else {
+            ASSERT_EQ(ui::progress().size(), 1u);
+            EXPECT_TRUE(ui::progress()[0].ended);
+        }
+    }
+}
+
+TEST_F(Brevado, NoCounterIsNeeded) {
+    score::Score s(1, 1);
+    s.chord(1, 1, chordSymbol(0, 5));
+    score::Region r = s.whole();
+    std::u16string label = u"Capo 3";
+    EXPECT_EQ(brevado_(&r, 3, 64, 1, reinterpret_cast<unsigned short*>(&label[0]), 0, 0, nullptr), 1);
+    EXPECT_EQ(score::chords(1, 1).size(), 2u);
+    EXPECT_EQ(brevado_(&r, 3, 64, 1, reinterpret_cast<unsigned short*>(&label[0]), 0, 1, nullptr), 1);
+    EXPECT_EQ(score::chords(1, 1).size(), 1u);
+}
+
+// ---- Removal -------------------------------------------------------------
+
+TEST_F(Brevado, RemovalDeletesCapoChordsInARowAndLeavesOrdinaryOnes) {
+    score::Score s(2, 2);
+    const ChordRecord a = chordSymbol(0, 10), b = chordSymbol(240, 20, 0x21), c = chordSymbol(480, 30, 0x31);
+    s.chord(1, 1, a).chord(1, 1, b).chord(1, 1, capoOf(a, 3, 74, false)).chord(1, 1, capoOf(b, 3, 84, true));
+    s.chord(2, 2, capoOf(c, 5, 0, false)).chord(2, 2, capoOf(c, 5, 1, false)).chord(2, 2, c);
+    Expected e{doc::snapshot()};
+    e.erase(doc::kChord, {1, 1, 2});
+    e.erase(doc::kChord, {1, 1, 3});
+    e.erase(doc::kChord, {2, 2, 1});
+    e.erase(doc::kChord, {2, 2, 2});
+    e.chord(2, 2, 0, c);
+    Args args;
+    args.remove = true;
+    short count = 0;
+    EXPECT_EQ(run(s.whole(), args, &count), 1);
+    EXPECT_EQ(count, 4);
+    EXPECT_DOCUMENT(e);
+}
+
+TEST_F(Brevado, RemovalThatFindsOnlyLabelBlocksAnswersZero) {
+    score::Score s(2, 2);
+    const std::u16string ours = labelText(u"Times New Roman", 0, 2, 12, u"Capo 3");
+    const int16_t baseline = 64 + kBaseline;
+    s.chord(1, 1, chordSymbol(0, 10));
+    s.textBlock(1, 1, -200, baseline, ours);           // by position
+    s.textBlock(2, 1, -200, baseline, u"tempo");        // by position, whatever its text
+    s.textBlock(2, 2, 100, -40, u"x Capo y");            // by its text, in a measure without chords
+    s.textBlock(1, 2, 100, -40, u"Allegro");             // someone else's
+    Expected e{doc::snapshot()};
+    for (int16_t n : {1, 2, 3}) {
+        e.erase(doc::kRawText, {n, 0, 0});
+        e.erase(doc::kTextBlock, {n, 0, 0});
+    }
+    e.erase(doc::kMeasureText, {1, 1, 0});
+    e.erase(doc::kMeasureText, {2, 1, 0});
+    e.erase(doc::kMeasureText, {2, 2, 0});
+    Args args;
+    args.remove = true;
+    short count = 0;
+    EXPECT_EQ(run(s.whole(), args, &count), 0);
+    EXPECT_EQ(count, 0);
+    EXPECT_DOCUMENT(e) << "text flags stay set";
+}
+
+TEST_F(Brevado, RemovalAtACapoChordLooksForTheLabelTextInItsStaffMeasure) {
+    score::Score s(1, 2);
+    const ChordRecord a = chordSymbol(0, 10);
+    s.chord(1, 2, a).chord(1, 2, capoOf(a, 3, 74, false));
+    s.textBlock(1, 2, 100, -40, u"^font(,0)Cejilla 3 above");  // holds the label, not the search text
+    s.textBlock(1, 2, 100, -40, u"Kapo");
+    Expected e{doc::snapshot()};
+    e.erase(doc::kChord, {1, 2, 1});
+    e.erase(doc::kRawText, {1, 0, 0});
+    e.erase(doc::kTextBlock, {1, 0, 0});
+    e.erase(doc::kMeasureText, {1, 2, 1});
+    score::MeasureTextRecord kept;
+    kept.blockNumber = 2;
+    kept.horizontal = 100;
+    kept.vertical = -40;
+    e.put(doc::kMeasureText, {1, 2, 0}, bytesOf(kept));
+    Args args;
+    args.remove = true;
+    args.label = u"a 3 a";
+    EXPECT_EQ(run(s.whole(), args), 1);
+    EXPECT_DOCUMENT(e);
+}
+
+// ---- Label blocks --------------------------------------------------------
+
+TEST_F(Brevado, LabelGoesToTheFirstMeasureOfEveryStaffEvenWhenChordsComeLater) {
+    score::setSlotToStaff({0, 4, 7, 9});
+    score::addFont(3, u"Times New Roman", 7);
+    score::Score s(9, 4);
+    const ChordRecord a = chordSymbol(0, 10);
+    s.chord(7, 3, a).chord(7, 3, chordSymbol(240, 12, 0x22));
+    Expected e{doc::snapshot()};
+    const std::u16string text = labelText(u"Times New Roman", 7, 2, 12, u"Capo 3");
+    labelBlock(e, 4, 1, 0, 1, 1, 64 + kBaseline, text);
+    labelBlock(e, 7, 1, 0, 2, 2, 64 + kBaseline, text);
+    labelBlock(e, 9, 1, 0, 3, 3, 64 + kBaseline, text);
+    e.chord(7, 3, 2, capoOf(a, 3, 74, false));
+    e.chord(7, 3, 3, capoOf(chordSymbol(240, 12, 0x22), 3, 76, false));
+    Args args;
+    args.showLabel = true;
+    score::Region r = score::region(1, 1, 3, 4);
+    short count = 0;
+    EXPECT_EQ(run(r, args, &count), 1);
+    EXPECT_EQ(count, 2) << "label blocks do not count";
+    EXPECT_DOCUMENT(e);
+    EXPECT_EQ(doc::countOps(Op::Create, doc::kTextBlock), 3u) << "written once, at the first chord";
+}
+
+TEST_F(Brevado, NoLabelWithoutShowLabelTextOrChords) {
+    struct Case {
+        const char* what;
+        bool show;
+        const char16_t* label;
+        bool chords;
+    };
+    const Case cases[] = {{"off", false, u"Capo 3", true},
+                          {"null", true, nullptr, true},
+                          {"empty", true, u"", true},
+                          {"no chord met", true, u"Capo 3", false}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        hostsim::reset();
+        score::Score s(2, 2);
+        if (c.chords) s.chord(2, 2, chordSymbol(0, 10));
+        Args args;
+        args.showLabel = c.show;
+        args.label = c.label;
+        EXPECT_EQ(run(s.whole(), args), c.chords ? 1 : 0);
+        EXPECT_TRUE(doc::list(doc::kMeasureText).empty());
+        EXPECT_EQ(score::chords(2, 2).size(), c.chords ? 2u : 0u) << "chords processed as usual";
+    }
+}
+
+TEST_F(Brevado, SecondRunFindsItsLabelByTextOrByPosition) {
+    score::Score s(3, 1);
+    s.chord(1, 1, chordSymbol(0, 10));
+    const int16_t baseline = 64 + kBaseline;
+    s.textBlock(1, 1, -200, 10 + kBaseline, labelText(u"", 0, 2, 12, u"Capo 2"));  // an earlier run, distance 10
+    s.textBlock(2, 1, -200, baseline, u"tempo");  // at our position
+    s.textBlock(3, 1, -200, 10 + kBaseline, u"Intro");  // neither
+    // Bytes 6 to 9 of a measure text are the host's and stay.
+    auto mt = *doc::get(doc::kMeasureText, {1, 1, 0});
+    mt[6] = 0xE1, mt[7] = 0xE2, mt[8] = 0xE3, mt[9] = 0xE4;
+    doc::put(doc::kMeasureText, {1, 1, 0}, mt);
+    Expected e{doc::snapshot()};
+    const std::u16string text = labelText(u"", 0, 2, 12, u"Capo 3");
+    score::MeasureTextRecord moved;
+    moved.blockNumber = 1;
+    moved.horizontal = -200;
+    moved.vertical = baseline;
+    auto movedBytes = bytesOf(moved);
+    std::copy(mt.begin() + 6, mt.end(), movedBytes.begin() + 6);
+    e.put(doc::kMeasureText, {1, 1, 0}, movedBytes);
+    std::vector<uint8_t> units(text.size() * 2);
+    std::memcpy(units.data(), text.data(), units.size());
+    e.put(doc::kRawText, {1, 0, 0}, units);
+    e.put(doc::kRawText, {2, 0, 0}, units);
+    labelBlock(e, 3, 1, 1, 4, 4, baseline, text);
+    e.chord(1, 1, 1, capoOf(chordSymbol(0, 10), 3, 74, false));
+    Args args;
+    args.showLabel = true;
+    EXPECT_EQ(run(s.whole(), args), 1);
+    EXPECT_DOCUMENT(e);
+}
+
+TEST_F(Brevado, LabelFontComesFromDefinitionFourteenOrTimesNewRoman) {
+    struct Case {
+        const char* what;
+        std::vector<uint8_t> definition;  // empty: the document has none
+        std::u16string expected;
+    };
+    auto def = [](uint16_t font, int16_t size, uint16_t effects) {
+        std::vector<uint8_t> b(6);
+        std::memcpy(&b[0], &font, 2);
+        std::memcpy(&b[2], &size, 2);
+        std::memcpy(&b[4], &effects, 2);
+        return b;
+    };
+    const Case cases[] = {
+        {"no definition: Times New Roman 12", {}, labelText(u"Times New Roman", 7, 2, 12, u"Capo 3")},
+        {"definition 14 with effect 0x0002 added", def(5, 10, 0x0001), labelText(u"Arial", -3, 3, 10, u"Capo 3")},
+        {"definition 14 with the effect already", def(5, 14, 0x0102), labelText(u"Arial", -3, 0x0102, 14, u"Capo 3")},
+        {"definition 14 of an unnamed font", def(6, 8, 0), labelText(u"", 0, 2, 8, u"Capo 3")},
+        {"a short definition replaces only what it holds", {5, 0}, labelText(u"Arial", -3, 2, 12, u"Capo 3")},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        hostsim::reset();
+        score::addFont(3, u"Times New Roman", 7);
+        score::addFont(5, u"Arial", -3);
+        if (!c.definition.empty()) doc::put(doc::kFontDefinition, {14, 0, 0}, c.definition);
+        doc::put(doc::kFontDefinition, {13, 0, 0}, def(3, 99, 0x10));  // not ours
+        score::Score s(1, 1);
+        s.chord(1, 1, chordSymbol(0, 10));
+        Args args;
+        args.showLabel = true;
+        EXPECT_EQ(run(s.whole(), args), 1);
+        EXPECT_EQ(score::texts(1, 1), std::vector<std::u16string>{c.expected});
+    }
+}
+
+TEST_F(Brevado, SiblingSearchReadsTheWholeStaffMeasure) {
+    auto sibling = probe().fn<SiblingFn>("GetSiblingChord");
+    score::Score s(1, 1);
+    const ChordRecord a = chordSymbol(0, 10);
+    ChordRecord other = a;
+    other.key2 = static_cast<int16_t>(a.key2 + 1);
+    ChordRecord later = capoOf(a, 4, 300, false);
+    s.chord(1, 1, capoOf(a, 2, 100, false)).chord(1, 1, a).chord(1, 1, capoOf(other, 2, 5, false));
+    s.chord(1, 1, later);
+    int16_t id[3] = {1, 1, 0};
+    ChordRecord got{};
+    EXPECT_EQ(sibling(id, a, &got), 1);
+    EXPECT_EQ(id[2], 4) << "left at the number of records";
+    EXPECT_EQ(bytesOf(got), bytesOf(later)) << "the last match";
+    id[2] = 0;
+    EXPECT_EQ(sibling(id, later, nullptr), 1) << "a capo chord finds its source";
+    id[2] = 0;
+    ChordRecord lone = capoOf(chordSymbol(4800, 1), 2, 0, false);
+    EXPECT_EQ(sibling(id, lone, &got), 0);
+    EXPECT_EQ(bytesOf(got), bytesOf(later)) << "nothing copied without a match";
+    EXPECT_EQ(sibling(nullptr, a, &got), 0);
+    id[0] = 2;
+    id[2] = 0;
+    EXPECT_EQ(sibling(id, a, nullptr), 0);
+    EXPECT_EQ(id[2], 0) << "an empty staff-measure";
+}
+
+// ---- Cancelling ----------------------------------------------------------
+
+TEST_F(Brevado, CancelKeepsWhatChangedAndAnswersWhetherAnythingDid) {
+    struct Case {
+        int cancelAt;
+        short result;
+        short count;
+        size_t calls;
+    };
+    // Staff-measures in order: (1,1) (2,1) (1,2) (2,2); chords at (1,1) and (1,2).
+    const Case cases[] = {{1, 0, 0, 1}, {2, 1, 1, 2}, {3, 1, 1, 3}, {4, 1, 2, 4}, {0, 1, 2, 4}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE("cancel at " + std::to_string(c.cancelAt));
+        hostsim::reset();
+        score::Score s(2, 2);
+        const ChordRecord a = chordSymbol(0, 10), b = chordSymbol(240, 20, 0x21);
+        s.chord(1, 1, a).chord(1, 2, b);
+        Expected e{doc::snapshot()};
+        if (c.count >= 1) e.chord(1, 1, 1, capoOf(a, 3, 74, false));
+        if (c.count >= 2) e.chord(1, 2, 1, capoOf(b, 3, 84, false));
+        ui::scriptProgress({c.cancelAt});
+        short count = 0;
+        EXPECT_EQ(run(s.whole(), {}, &count), c.result);
+        EXPECT_EQ(count, c.count);
+        EXPECT_DOCUMENT(e);
+        ASSERT_EQ(ui::progress().size(), 1u);
+        const ui::Progress& p = ui::progress()[0];
+        EXPECT_EQ(p.first, nullptr);
+        EXPECT_EQ(p.steps, 4);
+        EXPECT_TRUE(p.ended);
+        EXPECT_EQ(p.cancelled, c.cancelAt ? 1 : 0);
+        ASSERT_EQ(p.calls.size(), c.calls) << "nothing after the cancel";
+        const int16_t staff[] = {1, 2, 1, 2}, measure[] = {1, 1, 2, 2};
+        for (size_t i = 0; i < p.calls.size(); ++i) {
+            EXPECT_EQ(p.calls[i].a, 1);
+            EXPECT_EQ(p.calls[i].b, staff[i]);
+            EXPECT_EQ(p.calls[i].c, measure[i]);
+            EXPECT_EQ(p.calls[i].d, -1);
+        }
+    }
+}
+
+// ---- Host failures -------------------------------------------------------
+
+TEST_F(Brevado, HostWithoutFunctionsGetsTheirFixedAnswers) {
+    struct Case {
+        const char* what;
+        Fx missing;
+        short result;
+        std::vector<std::u16string> label;  // at staff 1, measure 1
+    };
+    const Case cases[] = {
+        // No progress call answers 0: the run stops at once, as if cancelled.
+        {"progress call", Fx::FX_MassEditProgress, 0, {}},
+        // No font number answers -1: a font without a name record.
+        {"font name to number", Fx::FX_FontNameToNum_UTF16, 1, {u"^font(,0)^nfx(2)^size(12)Capo 3"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        testing_support::Probe fresh;  // binds its host functions anew
+        ASSERT_EQ(fresh.bind(), 1);
+        auto brevado = fresh.fn<BrevadoFn>("Brevado");
+        hostsim::reset();
+        hostsim::setPresent(c.missing, false);
+        score::addFont(3, u"Times New Roman", 7);
+        score::Score s(1, 1);
+        s.chord(1, 1, chordSymbol(0, 10));
+        score::Region r = s.whole();
+        std::u16string label = u"Capo 3";
+        short count = 0;
+        EXPECT_EQ(brevado(&r, 3, 64, 1, reinterpret_cast<unsigned short*>(&label[0]), 0, 0, &count), c.result);
+        EXPECT_EQ(count, c.result);
+        EXPECT_EQ(score::texts(1, 1), c.label);
+        ASSERT_EQ(ui::progress().size(), 1u);
+        EXPECT_TRUE(ui::progress()[0].ended);
+        EXPECT_EQ(ui::progress()[0].cancelled, c.result ? 0 : 1);
+    }
+}
+
+
+TEST_F(Brevado, FailedAppendIsNotCountedAndTheAppendIndexStillAdvances) {
+    score::Score s(1, 1);
+    const ChordRecord a = chordSymbol(0, 10), b = chordSymbol(240, 20, 0x21), c = chordSymbol(480, 30, 0x31);
+    s.chord(1, 1, a).chord(1, 1, b).chord(1, 1, c);
+    Expected e{doc::snapshot()};
+    e.chord(1, 1, 3, capoOf(a, 3, 74, false));
+    // The second save fails without reaching the store.
+    std::vector<int16_t> at;
+    hostsim::setHandler(Fx::FX_SaveEData, [&at](hostsim::Call& call) -> uint64_t {
+        at.push_back(call.ptr<int16_t>(1)[2]);
+        return at.size() == 2 ? 0 : hostsim::doc::serve(call);
+    });
+    short count = 0;
+    EXPECT_EQ(run(s.whole(), {}, &count), 1);
+    EXPECT_EQ(count, 1);
+    EXPECT_DOCUMENT(e) << "c's copy went to index 5, past the end";
+    EXPECT_EQ(at, (std::vector<int16_t>{3, 4, 5}));
+}
+
+TEST_F(Brevado, FailedUpdateOrDeleteIsNotCountedAndTheWalkGoesOn) {
+    struct Case {
+        const char* what;
+        bool remove;
+        Fx fx;
+    };
+    for (const Case& c : {Case{"update", false, Fx::FX_SaveEData}, Case{"delete", true, Fx::FX_DeleteEData}}) {
+        SCOPED_TRACE(c.what);
+        hostsim::reset();
+        score::Score s(1, 1);
+        const ChordRecord a = chordSymbol(0, 10), b = chordSymbol(240, 20, 0x21);
+        s.chord(1, 1, a).chord(1, 1, capoOf(a, 1, 0, false)).chord(1, 1, b).chord(1, 1, capoOf(b, 1, 0, false));
+        Expected e{doc::snapshot()};
+        if (c.remove) e.erase(doc::kChord, {1, 1, 3});
+        else e.chord(1, 1, 3, capoOf(b, 3, 84, false));
+        hostsim::failCall(c.fx, 1);
+        Args args;
+        args.remove = c.remove;
+        short count = 0;
+        EXPECT_EQ(run(s.whole(), args, &count), 1);
+        EXPECT_EQ(count, 1);
+        EXPECT_DOCUMENT(e);
+
+        hostsim::failCall(c.fx, 1);
+        hostsim::failCall(c.fx, 2);
+        count = 0;
+        const doc::Document before = doc::snapshot();
+        EXPECT_EQ(run(s.whole(), args, &count), 0) << "every change failed";
+        EXPECT_EQ(count, 0);
+        EXPECT_EQ(doc::difference(before, doc::snapshot()), "");
+    }
+}
+
+TEST_F(Brevado, HostCallsFollowTheWalk) {
+    // One staff-measure with two ordinary chords, no label: the calls the
+    // algorithm makes, in order.
+    score::Score s(1, 1);
+    s.chord(1, 1, chordSymbol(0, 10)).chord(1, 1, chordSymbol(240, 20, 0x21));
+    EXPECT_EQ(run(s.whole(), {}), 1);
+    std::vector<std::string> names;
+    size_t op = 0;
+    for (const hostsim::Call& call : hostsim::calls()) {
+        std::string n = hostsim::info(call.fx).name;
+        if (call.fx == Fx::FX_LoadEData || call.fx == Fx::FX_SaveEData) {
+            ASSERT_LT(op, doc::ops().size());
+            const doc::OpRecord& r = doc::ops()[op++];
+            n += " " + doc::tagName(r.tag) + " " + std::to_string(r.id.third);
+        }
+        names.push_back(n);
+    }
+    const std::vector<std::string> expected = {
+        "FX_StartMassEdit", "FX_SlotToInst", "FX_MassEditProgress", "FX_LoadEData SOMS 0",
+        "FX_LoadEData SDCh 0", "FX_LoadEData SDCh 0", "FX_LoadEData SDCh 1", "FX_LoadEData SDCh 2",
+        "FX_LoadEData SDCh 1", "FX_LoadEData SDCh 0", "FX_LoadEData SDCh 1", "FX_LoadEData SDCh 2",
+        "FX_LoadEData SDCh 2", "FX_SaveEData SDCh 2", "FX_SaveEData SDCh 3", "FX_EndMassEdit"};
+    EXPECT_EQ(names, expected);
+}
+
+}  // namespace

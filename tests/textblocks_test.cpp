@@ -1,0 +1,307 @@
+// Measure text blocks: finding a block by position or by text, the exact
+// text of a created block, creation and removal that stop at the first
+// failure, updates that keep the host's bytes, and raw texts that fill the
+// whole read limit.
+#include "capo.h"
+
+using hostsim::Fx;
+using hostsim::doc::Op;
+using namespace testing_support;
+
+namespace {
+
+struct Font {
+    uint16_t fontNumber;
+    int16_t size;
+    uint16_t effects;
+};
+static_assert(sizeof(Font) == 6, "");
+
+using FindFn = short (*)(const unsigned short*, short, short, short, short);
+using CreateFn = unsigned short (*)(const unsigned short*, short, short, short, Font*);
+using UpdateFn = short (*)(const unsigned short*, short, short, short, short, Font*);
+using RemoveFn = short (*)(short, short, short);
+using TagFn = int (*)(unsigned int);
+
+class TextBlocks : public CommandTest {
+  protected:
+    void SetUp() override {
+        CommandTest::SetUp();
+        if (HasFatalFailure()) return;
+        find_ = probe().fn<FindFn>("FindMeasTextBlock");
+        create_ = probe().fn<CreateFn>("CreateMeasTextBlock");
+        update_ = probe().fn<UpdateFn>("UpdateMeasTextBlock");
+        remove_ = probe().fn<RemoveFn>("RemoveMeasTextBlock");
+    }
+    short find(const std::u16string& text, short staff, short measure, short h, short v) {
+        return find_(reinterpret_cast<const unsigned short*>(text.c_str()), staff, measure, h, v);
+    }
+    unsigned short create(const std::u16string& text, short staff, short measure, short v, Font f) {
+        return create_(reinterpret_cast<const unsigned short*>(text.c_str()), staff, measure, v, &f);
+    }
+    short update(const std::u16string& text, short staff, short measure, short index, short v, Font f) {
+        return update_(reinterpret_cast<const unsigned short*>(text.c_str()), staff, measure, index, v, &f);
+    }
+    FindFn find_ = nullptr;
+    CreateFn create_ = nullptr;
+    UpdateFn update_ = nullptr;
+    RemoveFn remove_ = nullptr;
+};
+
+std::u16string letters(size_t n, char16_t c = u'a') { return std::u16string(n, c); }
+
+TEST_F(TextBlocks, FindByPositionOrByTextFirstInIndexOrder) {
+    struct Block {
+        int16_t h, v;
+        const char16_t* text;
+    };
+    struct Case {
+        const char* what;
+        std::vector<Block> blocks;
+        const char16_t* search;
+        short expected;
+    };
+    const Case cases[] = {
+        {"no measure texts", {}, u"Capo", -1},
+        {"user's block first, ours second", {{0, 0, u"Allegro"}, {-200, 194, u"x"}}, u"Capo", 1},
+        {"position, whatever the text", {{-200, 194, u"tempo"}}, u"Capo", 0},
+        {"position needs both", {{-200, 195, u"tempo"}, {-199, 194, u"tempo"}}, u"Capo", -1},
+        {"text anywhere, wherever it sits", {{5, 5, u"a"}, {7, -7, u"^size(12)Capo 4"}}, u"Capo", 1},
+        {"text at the very end", {{5, 5, u"xxCapo"}}, u"Capo", 0},
+        {"text cut short", {{5, 5, u"xxCap"}}, u"Capo", -1},
+        {"first of two matches", {{5, 5, u"Capo"}, {-200, 194, u"y"}}, u"Capo", 0},
+        {"empty search text: position only", {{5, 5, u"Capo"}, {-200, 194, u""}}, u"", 1},
+        {"empty search text, no position", {{5, 5, u"Capo"}}, u"", -1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        hostsim::reset();
+        score::Score s(2, 2);
+        for (const Block& b : c.blocks) s.textBlock(2, 2, b.h, b.v, b.text);
+        s.textBlock(1, 2, -200, 194, u"Capo");  // another staff
+        const doc::Document before = doc::snapshot();
+        EXPECT_EQ(find(c.search, 2, 2, -200, 194), c.expected);
+        EXPECT_EQ(doc::difference(before, doc::snapshot()), "") << "a search changes nothing";
+    }
+}
+
+TEST_F(TextBlocks, UnreadableBlockEndsTheSearch) {
+    for (uint32_t missing : {doc::kTextBlock, doc::kRawText}) {
+        SCOPED_TRACE(doc::tagName(missing));
+        hostsim::reset();
+        score::Score s(1, 1);
+        s.textBlock(1, 1, 0, 0, u"first").textBlock(1, 1, 0, 0, u"Capo");
+        doc::erase(missing, {1, 0, 0});
+        EXPECT_EQ(find(u"Capo", 1, 1, -200, 194), -1) << "even though a later block matches";
+        EXPECT_EQ(find(u"Capo", 1, 1, 0, 0), 0) << "the position test needs neither";
+    }
+}
+
+TEST_F(TextBlocks, RawTextIsReadUpToTheLimitAndAlwaysEnds) {
+    struct Case {
+        size_t fill;
+        short expected;
+    };
+    // "Capo" placed so that its last unit is the 256th, then the 257th.
+    for (const Case& c : {Case{252, 0}, Case{253, -1}}) {
+        SCOPED_TRACE(c.fill);
+        hostsim::reset();
+        score::Score s(1, 1);
+        s.textBlock(1, 1, 0, 0, letters(c.fill) + u"Capo" + letters(40, u'z'));
+        EXPECT_EQ(find(u"Capo", 1, 1, -200, 194), c.expected);
+        ASSERT_EQ(doc::countOps(Op::Load, doc::kRawText), 1u);
+        for (const doc::OpRecord& r : doc::ops())
+            if (r.tag == doc::kRawText) {
+                EXPECT_EQ(r.size, 256) << "read limit in units";
+            }
+    }
+    // A text that fills the whole limit without a terminator ends inside the
+    // buffer: the search runs off no end (the sanitizer would tell).
+    hostsim::reset();
+    score::Score s(1, 1);
+    s.textBlock(1, 1, 0, 0, letters(256));
+    EXPECT_EQ(find(letters(256) + u"b", 1, 1, -200, 194), -1);
+    EXPECT_EQ(find(letters(256), 1, 1, -200, 194), 0);
+}
+
+// The raw text of a block: the font command from the font given, its name
+// record, then the label as it is.
+TEST_F(TextBlocks, CreatedBlockTextStartsWithTheFontCommand) {
+    struct Case {
+        const char* what;
+        Font font;
+        bool nameRecord;
+        std::u16string name;
+        int16_t nameValue;
+        std::u16string label;
+        std::u16string expected;
+    };
+    const std::u16string long511 = letters(511, u'n');
+    const Case cases[] = {
+        {"plain", {5, 10, 3}, true, u"Arial", -3, u"Capo 3", u"^font(Arial,-3)^nfx(3)^size(10)Capo 3"},
+        {"effects unsigned, size signed", {5, -4, 0xFFF2}, true, u"Arial", 32767, u"Capo",
+         u"^font(Arial,32767)^nfx(65522)^size(-4)Capo"},
+        {"label not escaped", {5, 12, 2}, true, u"Times New Roman", 0, u"^b %d ^font(x)",
+         u"^font(Times New Roman,0)^nfx(2)^size(12)^b %d ^font(x)"},
+        {"no name record: empty name and 0", {9, 12, 2}, false, u"", 0, u"Capo 1",
+         u"^font(,0)^nfx(2)^size(12)Capo 1"},
+        {"name filling its record is cut to end in it", {5, 12, 2}, true, letters(600, u'n'), 1, u"C",
+         u"^font(" + long511 + u",1)^nfx(2)^size(12)C"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        hostsim::reset();
+        score::Score s(1, 2);
+        if (c.nameRecord) {
+            std::vector<uint8_t> rec(1036, 0);
+            std::memcpy(rec.data(), &c.nameValue, 2);
+            for (size_t i = 2; i < 12; ++i) rec[i] = 0x77;
+            std::memcpy(rec.data() + 12, c.name.data(), std::min<size_t>(c.name.size(), 512) * 2);
+            doc::put(doc::kFontName, {static_cast<int16_t>(c.font.fontNumber), 0, 0}, rec);
+        }
+        Expected e{doc::snapshot()};
+        score::TextBlockRecord tb;
+        tb.rawTextNumber = 1;
+        tb.word8 = 100;
+        tb.word14 = 0x1808;
+        tb.rawTextKind = 0x626C;
+        e.put(doc::kTextBlock, {1, 0, 0}, bytesOf(tb));
+        score::MeasureTextRecord mt;
+        mt.blockNumber = 1;
+        mt.horizontal = -200;
+        mt.vertical = 194;
+        e.put(doc::kMeasureText, {1, 2, 0}, bytesOf(mt));
+        score::MeasureRecord m;
+        m.textFlags = 0x0100;
+        e.put(doc::kMeasure, {2, 0, 0}, bytesOf(m));
+        std::vector<uint8_t> units(c.expected.size() * 2);
+        std::memcpy(units.data(), c.expected.data(), units.size());
+        e.put(doc::kRawText, {1, 0, 0}, units);
+
+        EXPECT_EQ(create(c.label, 1, 2, 194, c.font), 1);
+        EXPECT_EQ(doc::getText(doc::kRawText, {1, 0, 0}).value_or(u"?"), c.expected);
+        EXPECT_DOCUMENT(e);
+    }
+}
+
+TEST_F(TextBlocks, CreationStopsAtTheFirstFailureAndNeverSavesOverAnUnreadMeasure) {
+    struct Case {
+        const char* what;
+        Fx fx;
+        int k;
+        bool dropMeasure;
+        size_t raw, blocks, texts;
+        bool flagSaved;
+    };
+    const Case cases[] = {
+        {"raw text", Fx::FX_CreateEData, 1, false, 0, 0, 0, false},
+        {"text block", Fx::FX_CreateEData, 2, false, 1, 0, 0, false},
+        {"measure text", Fx::FX_CreateEData, 3, false, 1, 1, 0, false},
+        {"measure record unread", Fx::FX_LoadEData, 2, false, 1, 1, 1, false},
+        {"measure record missing", Fx::Count, 0, true, 1, 1, 1, false},
+        {"measure record unsaved", Fx::FX_SaveEData, 1, false, 1, 1, 1, false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        hostsim::reset();
+        score::Score s(1, 1);
+        score::MeasureRecord m;
+        std::memset(static_cast<void*>(&m), 0x3C, sizeof m);
+        m.textFlags = 0x0002;
+        doc::putAs(doc::kMeasure, {1, 0, 0}, m);
+        if (c.dropMeasure) doc::erase(doc::kMeasure, {1, 0, 0});
+        if (c.fx != Fx::Count) hostsim::failCall(c.fx, c.k);  // load 1 is the font name
+        EXPECT_EQ(create(u"Capo", 1, 1, 194, {0, 12, 2}), 0);
+        EXPECT_EQ(doc::list(doc::kRawText).size(), c.raw);
+        EXPECT_EQ(doc::list(doc::kTextBlock).size(), c.blocks);
+        EXPECT_EQ(doc::list(doc::kMeasureText).size(), c.texts);
+        auto after = doc::get(doc::kMeasure, {1, 0, 0});
+        if (c.dropMeasure) {
+            EXPECT_FALSE(after.has_value()) << "no measure record made up";
+        } else {
+            ASSERT_TRUE(after.has_value());
+            EXPECT_EQ(*after, bytesOf(m)) << "measure record as it was";
+        }
+        EXPECT_EQ(doc::countOps(Op::Save, doc::kMeasure), 0u);
+    }
+    // And with nothing failing, the measure keeps its bytes but for the flag.
+    hostsim::reset();
+    score::MeasureRecord m;
+    std::memset(static_cast<void*>(&m), 0x3C, sizeof m);
+    m.textFlags = 0x0002;
+    doc::putAs(doc::kMeasure, {1, 0, 0}, m);
+    EXPECT_EQ(create(u"Capo", 1, 1, 194, {0, 12, 2}), 1);
+    m.textFlags = 0x0102;
+    EXPECT_EQ(*doc::get(doc::kMeasure, {1, 0, 0}), bytesOf(m));
+}
+
+TEST_F(TextBlocks, UpdateMovesTheBlockBackAndRewritesItsTextOnly) {
+    score::Score s(1, 1);
+    score::addFont(4, u"Gill", 2);
+    s.textBlock(1, 1, 0, 0, u"other").textBlock(1, 1, 33, -77, u"Capo 2");
+    auto mt = *doc::get(doc::kMeasureText, {1, 1, 1});
+    for (size_t i = 6; i < 10; ++i) mt[i] = static_cast<uint8_t>(0xB0 + i);
+    doc::put(doc::kMeasureText, {1, 1, 1}, mt);
+    auto tb = *doc::get(doc::kTextBlock, {2, 0, 0});
+    tb[8] = 0x44;  // the host changed its block: kept as it is
+    doc::put(doc::kTextBlock, {2, 0, 0}, tb);
+    Expected e{doc::snapshot()};
+    score::MeasureTextRecord moved;
+    std::memcpy(&moved, mt.data(), sizeof moved);
+    moved.horizontal = -200;
+    moved.vertical = 150;
+    e.put(doc::kMeasureText, {1, 1, 1}, bytesOf(moved));
+    const std::u16string text = u"^font(Gill,2)^nfx(6)^size(9)Capo 5";
+    std::vector<uint8_t> units(text.size() * 2);
+    std::memcpy(units.data(), text.data(), units.size());
+    e.put(doc::kRawText, {2, 0, 0}, units);
+    EXPECT_EQ(update(u"Capo 5", 1, 1, 1, 150, {4, 9, 6}), 1);
+    EXPECT_DOCUMENT(e);
+    EXPECT_EQ(doc::countOps(Op::Save, doc::kTextBlock), 0u);
+
+    EXPECT_EQ(update(u"Capo 5", 1, 1, 2, 150, {4, 9, 6}), 0) << "no such block";
+    hostsim::failCall(Fx::FX_SaveEData, 2);
+    EXPECT_EQ(update(u"Capo 6", 1, 1, 1, 150, {4, 9, 6}), 0) << "raw text not saved";
+}
+
+TEST_F(TextBlocks, RemovalDeletesRawTextBlockAndPlaceInThatOrder) {
+    score::Score s(1, 1);
+    s.textBlock(1, 1, -200, 194, u"Capo").textBlock(1, 1, 5, 5, u"after");
+    Expected e{doc::snapshot()};
+    e.erase(doc::kRawText, {1, 0, 0});
+    e.erase(doc::kTextBlock, {1, 0, 0});
+    e.put(doc::kMeasureText, {1, 1, 0}, e.d.records.at({doc::kMeasureText, {1, 1, 1}}));
+    e.erase(doc::kMeasureText, {1, 1, 1});
+    EXPECT_EQ(remove_(1, 1, 0), 1);
+    EXPECT_DOCUMENT(e) << "the later block moves down; the text flag stays";
+    std::vector<uint32_t> deleted;
+    for (const doc::OpRecord& r : doc::ops())
+        if (r.op == Op::Delete) deleted.push_back(r.tag);
+    EXPECT_EQ(deleted, (std::vector<uint32_t>{doc::kRawText, doc::kTextBlock, doc::kMeasureText}));
+
+    // Each failure stops the removal there.
+    for (int k = 1; k <= 3; ++k) {
+        SCOPED_TRACE(k);
+        hostsim::reset();
+        score::Score t(1, 1);
+        t.textBlock(1, 1, -200, 194, u"Capo");
+        hostsim::failCall(Fx::FX_DeleteEData, k);
+        EXPECT_EQ(remove_(1, 1, 0), 0);
+        EXPECT_EQ(doc::list(doc::kRawText).size(), k > 1 ? 0u : 1u);
+        EXPECT_EQ(doc::list(doc::kTextBlock).size(), k > 2 ? 0u : 1u);
+        EXPECT_EQ(doc::list(doc::kMeasureText).size(), 1u);
+    }
+    hostsim::reset();
+    EXPECT_EQ(remove_(1, 1, 0), 0) << "no block";
+}
+
+TEST_F(TextBlocks, RecordKindOfATagIsItsLowHalfSigned) {
+    auto kind = probe().fn<TagFn>("ExtractOrvexTag");
+    EXPECT_EQ(kind(0x7478626C), 0x626C);
+    EXPECT_EQ(kind(0x1234FFFF), -1);
+    EXPECT_EQ(kind(0x00008000), -32768);
+    EXPECT_EQ(kind(0xFFFF7FFF), 32767);
+    EXPECT_EQ(kind(0), 0);
+}
+
+}  // namespace
