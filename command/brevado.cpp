@@ -192,11 +192,11 @@ short Brevado(EREGION* region, short capoFret, short vertOffset, short showLabel
                 break;
             }
             // A measure record that cannot be read holds no chords we know of.
-            EDTMeasureSpec spec = {};
-            EDataID specId = {measure, 0, 0};
-            int32_t size = sizeof spec;
-            if (FX_LoadEData(kTagMeasureSpec, &specId, &spec, &size, FXT_VERSION) &&
-                (spec.chordFlags & kMeasureChordFlag))
+            EDTMeasureSpec measureRecord = {};
+            EDataID measureId = {measure, 0, 0};
+            int32_t size = sizeof measureRecord;
+            if (FX_LoadEData(kTagMeasureSpec, &measureId, &measureRecord, &size, FXT_VERSION) &&
+                (measureRecord.chordFlags & kMeasureChordFlag))
                 run.walkChords(staff, measure);
             if (removeMode) run.removeLabelBlock(run.labelSearchText, staff, measure);
         }

@@ -95,11 +95,11 @@ unsigned short CreateMeasTextBlock(const unsigned short* text, short staff, shor
 
     // The measure learns that it holds text; a record that cannot be read is
     // never saved over.
-    EDTMeasureSpec spec = {};
-    if (!loadRecord(kTagMeasureSpec, {measure, 0, 0}, &spec, sizeof spec)) return 0;
-    spec.textFlags |= kMeasureTextFlag;
-    EDataID specId = {measure, 0, 0};
-    if (!FX_SaveEData(kTagMeasureSpec, &specId, &spec, sizeof spec, FXT_VERSION)) return 0;
+    EDTMeasureSpec measureRecord = {};
+    if (!loadRecord(kTagMeasureSpec, {measure, 0, 0}, &measureRecord, sizeof measureRecord)) return 0;
+    measureRecord.textFlags |= kMeasureTextFlag;
+    EDataID measureId = {measure, 0, 0};
+    if (!FX_SaveEData(kTagMeasureSpec, &measureId, &measureRecord, sizeof measureRecord, FXT_VERSION)) return 0;
     return blockNumber;
 }
 
