@@ -2,6 +2,8 @@
 // its reset, and the texts it converts.
 #include "uistate.h"
 
+#include <CoreFoundation/CoreFoundation.h>
+
 #include <climits>
 
 namespace hostsim {
@@ -42,25 +44,6 @@ std::string errorText() {
 
 namespace {
 
-// Upper half of Mac Roman (0x80 to 0xFF), as Unicode's ROMAN.TXT maps it.
-const char16_t kMacRomanHigh[128] = {
-    0x00C4, 0x00C5, 0x00C7, 0x00C9, 0x00D1, 0x00D6, 0x00DC, 0x00E1,
-    0x00E0, 0x00E2, 0x00E4, 0x00E3, 0x00E5, 0x00E7, 0x00E9, 0x00E8,
-    0x00EA, 0x00EB, 0x00ED, 0x00EC, 0x00EE, 0x00EF, 0x00F1, 0x00F3,
-    0x00F2, 0x00F4, 0x00F6, 0x00F5, 0x00FA, 0x00F9, 0x00FB, 0x00FC,
-    0x2020, 0x00B0, 0x00A2, 0x00A3, 0x00A7, 0x2022, 0x00B6, 0x00DF,
-    0x00AE, 0x00A9, 0x2122, 0x00B4, 0x00A8, 0x2260, 0x00C6, 0x00D8,
-    0x221E, 0x00B1, 0x2264, 0x2265, 0x00A5, 0x00B5, 0x2202, 0x2211,
-    0x220F, 0x03C0, 0x222B, 0x00AA, 0x00BA, 0x03A9, 0x00E6, 0x00F8,
-    0x00BF, 0x00A1, 0x00AC, 0x221A, 0x0192, 0x2248, 0x2206, 0x00AB,
-    0x00BB, 0x2026, 0x00A0, 0x00C0, 0x00C3, 0x00D5, 0x0152, 0x0153,
-    0x2013, 0x2014, 0x201C, 0x201D, 0x2018, 0x2019, 0x00F7, 0x25CA,
-    0x00FF, 0x0178, 0x2044, 0x20AC, 0x2039, 0x203A, 0xFB01, 0xFB02,
-    0x2021, 0x00B7, 0x201A, 0x201E, 0x2030, 0x00C2, 0x00CA, 0x00C1,
-    0x00CB, 0x00C8, 0x00CD, 0x00CE, 0x00CF, 0x00CC, 0x00D3, 0x00D4,
-    0xF8FF, 0x00D2, 0x00DA, 0x00DB, 0x00D9, 0x0131, 0x02C6, 0x02DC,
-    0x00AF, 0x02D8, 0x02D9, 0x02DA, 0x00B8, 0x02DD, 0x02DB, 0x02C7,
-};
 
 void putUtf8(std::string& out, char32_t cp) {
     if (cp < 0x80) {
@@ -99,54 +82,46 @@ std::string utf8(const std::u16string& units) {
     return out;
 }
 
+// The conversions of the application's text encodings are the platform's,
+// as the real host's are.
+namespace {
+std::u16string unitsOf(CFStringRef text) {
+    std::u16string u(static_cast<size_t>(CFStringGetLength(text)), u'\0');
+    if (!u.empty())
+        CFStringGetCharacters(text, CFRangeMake(0, CFStringGetLength(text)),
+                              reinterpret_cast<UniChar*>(&u[0]));
+    CFRelease(text);
+    return u;
+}
+}  // namespace
+
 bool fromUtf8(const std::string& bytes, std::u16string* out) {
     out->clear();
-    const auto* s = reinterpret_cast<const unsigned char*>(bytes.data());
-    size_t n = bytes.size();
-    for (size_t i = 0; i < n;) {
-        unsigned char b = s[i];
-        int more = b < 0x80 ? 0 : (b >> 5) == 6 ? 1 : (b >> 4) == 14 ? 2 : (b >> 3) == 30 ? 3 : -1;
-        if (more < 0 || i + static_cast<size_t>(more) >= n) return false;
-        char32_t cp = more == 0 ? b : b & (0x3F >> more);
-        for (int k = 1; k <= more; ++k) {
-            unsigned char c = s[i + static_cast<size_t>(k)];
-            if ((c & 0xC0) != 0x80) return false;
-            cp = (cp << 6) | (c & 0x3F);
-        }
-        static const char32_t kLeast[] = {0, 0x80, 0x800, 0x10000};
-        if (cp < kLeast[more] || cp > 0x10FFFF || (cp >= 0xD800 && cp < 0xE000)) return false;
-        if (cp < 0x10000) {
-            out->push_back(static_cast<char16_t>(cp));
-        } else {
-            out->push_back(static_cast<char16_t>(0xD800 + ((cp - 0x10000) >> 10)));
-            out->push_back(static_cast<char16_t>(0xDC00 + ((cp - 0x10000) & 0x3FF)));
-        }
-        i += static_cast<size_t>(more) + 1;
-    }
+    if (bytes.find('\0') != std::string::npos) return false;
+    CFStringRef text = CFStringCreateWithCString(nullptr, bytes.c_str(), kCFStringEncodingUTF8);
+    if (!text) return false;
+    *out = unitsOf(text);
     return true;
 }
 
 std::u16string fromMacRoman(const char* bytes) {
-    std::u16string out;
-    for (const char* p = bytes; *p; ++p) {
-        auto b = static_cast<unsigned char>(*p);
-        out.push_back(b < 0x80 ? char16_t(b) : kMacRomanHigh[b - 0x80]);
-    }
-    return out;
+    CFStringRef text = CFStringCreateWithCString(nullptr, bytes, kCFStringEncodingMacRoman);
+    return text ? unitsOf(text) : std::u16string();
 }
 
 std::string toMacRoman(const std::u16string& units) {
-    std::string out;
-    for (char16_t u : units) {
-        int byte = -1;
-        if (u < 0x80) {
-            byte = u;
-        } else {
-            for (int i = 0; i < 128; ++i)
-                if (kMacRomanHigh[i] == u) byte = 0x80 + i;
-        }
-        out.push_back(byte < 0 ? '?' : static_cast<char>(byte));
-    }
+    CFStringRef text = CFStringCreateWithCharacters(
+        nullptr, reinterpret_cast<const UniChar*>(units.data()), static_cast<CFIndex>(units.size()));
+    if (!text) return std::string();
+    CFIndex used = 0;
+    const CFRange all = CFRangeMake(0, CFStringGetLength(text));
+    CFStringGetBytes(text, all, kCFStringEncodingMacRoman, '?', false, nullptr, 0, &used);
+    std::string out(static_cast<size_t>(used), '\0');
+    if (used)
+        CFStringGetBytes(text, all, kCFStringEncodingMacRoman, '?', false,
+                         reinterpret_cast<UInt8*>(&out[0]), used, &used);
+    CFRelease(text);
+    out.resize(static_cast<size_t>(used));
     return out;
 }
 
