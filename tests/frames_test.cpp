@@ -88,13 +88,10 @@ TEST_F(Frames, NoteIdentifiersBecomeUniqueAndLandInTheFlags) {
             EXPECT_EQ(flagsOf(e.data(), n) & 0x001F0000u,
                       (static_cast<uint32_t>(static_cast<uint16_t>(out[i])) & 0x1Fu) << 16);
             EXPECT_EQ(flagsOf(e.data(), n) & ~0x001F0000u, 0xA5A5A5A5u & ~0x001F0000u);
-            EXPECT_EQ(at<uint16_t>(e.data(), noteOff(n)), 0x1111) << "host words are kept";
+            EXPECT_EQ(at<uint16_t>(e.data(), noteOff(n)), 0x1111);  // host words are kept
             EXPECT_EQ(at<uint16_t>(e.data(), noteOff(n) + 2), 0x2222);
         }
     }
-    EXPECT_EQ(MAKENOTEID(32), 0u);
-    EXPECT_EQ(MAKENOTEID(-1), 0x001F0000u);
-    EXPECT_EQ(SETNOTEID(0xFFFFFFFF, 0), 0xFFE0FFFFu);
 }
 
 TEST_F(Frames, SlotsBeyondTheCountAreClearedAndHostBytesKept) {
@@ -115,7 +112,7 @@ TEST_F(Frames, RestsGetAPlaceholderOnlyWhileTheSwitchIsSet) {
     EXPECT_EQ(at<uint16_t>(rest.data(), noteOff(0)), 0);
     EXPECT_EQ(entryFlags(rest.data()), 0x01000100u);
     CleanEXENTRY(rest.data());
-    EXPECT_EQ(idOf(rest.data(), 0), 1) << "on the second cleaning it is an ordinary note";
+    EXPECT_EQ(idOf(rest.data(), 0), 1);  // on the second cleaning it is an ordinary note
     EXPECT_EQ(flagsOf(rest.data(), 0), 0x80010000u);
     EXPECT_EQ(countOf(rest.data()), 1);
 
@@ -251,7 +248,7 @@ TEST_F(Frames, SavedFramesReachTheDocumentCleanedAndComeBackIntact) {
     const std::vector<uint8_t> saved = *doc::getFrame({3, 1, 2, 0, 0});
     EXPECT_EQ(idOf(saved.data(), 0), 5);
     EXPECT_EQ(idOf(saved.data(), 1), 4);
-    EXPECT_EQ(countOf(saved.data() + kEntry), 1) << "the rest's placeholder";
+    EXPECT_EQ(countOf(saved.data() + kEntry), 1);  // the rest's placeholder
 }
 
 TEST_F(Frames, InsertDeleteAndReduceCleanBeforeTheHostSeesTheFrame) {
@@ -283,20 +280,19 @@ TEST_F(Frames, InsertDeleteAndReduceCleanBeforeTheHostSeesTheFrame) {
 TEST_F(Frames, AHostWithoutTheFunctionsStillGetsNothingUnclean) {
     hostsim::setAllPresent(false);
     Probe p;
-    ASSERT_TRUE(p.ok()) << p.error();
-    ASSERT_EQ(p.bind(), 1);
+    ASSERT_TRUE(p.ready());
     EXPECT_EQ(*p.var<uint8_t>("CanAddNoteRecordToRests"), 1);
     auto insert = p.fn<int16_t (*)(void*, int16_t, int16_t, uint32_t)>("FX_InsertEXENTRY");
     auto saveFrame = p.fn<int16_t (*)(void*, uint32_t)>("FX_SaveTGF");
     std::vector<uint8_t> e = entry(0, {});
     Frame f(e.data(), 1);
     EXPECT_EQ(insert(f.data(), 0, 0, FXT_VERSION), 0);
-    EXPECT_EQ(countOf(e.data()), 1) << "cleaned although the host lacks the function";
+    EXPECT_EQ(countOf(e.data()), 1);  // cleaned although the host lacks the function
     *p.var<uint8_t>("CanAddNoteRecordToRests") = 0;
     std::vector<uint8_t> r = entry(0, {});
     Frame g(r.data(), 1);
     EXPECT_EQ(saveFrame(g.data(), FXT_VERSION), 0);
-    EXPECT_EQ(countOf(r.data()), 0) << "the image's own switch";
+    EXPECT_EQ(countOf(r.data()), 0);  // the image's own switch
     EXPECT_TRUE(hostsim::calls().empty());
 }
 
