@@ -40,15 +40,6 @@ TEST_F(Binding, FindsTheEngineByIdentifierAndNeverBindsAForwarderToItself) {
     testing_support::expectEveryNameBindsToTheEngine(p);
 }
 
-TEST_F(Binding, SecondInitialisationKeepsTheFirstBundle) {
-    Probe p;
-    ASSERT_TRUE(p.ready());
-    CFBundleRef first = *p.var<CFBundleRef>("gZemloBundle");
-    EXPECT_EQ(p.fn<InitFn>("InitializeGlobals")(), 0);
-    EXPECT_EQ(p.bind(), 1);
-    EXPECT_EQ(*p.var<CFBundleRef>("gZemloBundle"), first);
-}
-
 TEST_F(Binding, UnknownMissingAndMiscasedNamesResolveToNull) {
     hostsim::setPresent(Fx::FX_RedrawMusic, false);
     Probe p;
