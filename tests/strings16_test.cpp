@@ -256,8 +256,7 @@ TEST(Strings16, CatOnAFullDestinationLeavesItUntouched) {
 // What the settings dialog and the text blocks format, and every cut.
 TEST(Strings16, SprintfCutsToTheCapacity) {
     const Units prefix = z(u"Capo "), suffix = z(u" \xD834\xDD1E");  // suffix ends in a pair
-    const Units capoFormat = z(u"%S%d%S"), fontFormat = z(u"^font(%S,%d)^nfx(%d)^size(%d)");
-    const Units ten = z(u"0123456789"), two = z(u"ab"), font = z(u"Times");
+    const Units capoFormat = z(u"%S%d%S"), ten = z(u"0123456789"), two = z(u"ab");
     struct Case {
         const Units* format;
         unsigned long capacity;
@@ -280,11 +279,6 @@ TEST(Strings16, SprintfCutsToTheCapacity) {
         EXPECT_EQ(room.units[c.result.size()], 0);
         EXPECT_TRUE(room.guardIntact()) << c.capacity;
     }
-    Room room(64);
-    const std::u16string_view command = u"^font(Times,0)^nfx(2)^size(-12)";
-    EXPECT_EQ(fx_sprintf(room.data(), 64, fontFormat.data(), font.data(), 0, 2, -12),
-              static_cast<int>(command.size()));
-    EXPECT_EQ(text(room.data()), command);
 }
 
 TEST(Strings16, SprintfWithoutRoomOrWithABadFormat) {
