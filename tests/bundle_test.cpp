@@ -11,16 +11,6 @@ namespace {
 
 using namespace testing_support;
 
-CFBundleRef bundleAt(const std::string& dir) {
-    CFURLRef url = CFURLCreateFromFileSystemRepresentation(
-        nullptr, reinterpret_cast<const UInt8*>(dir.c_str()), static_cast<CFIndex>(dir.size()), true);
-    CFBundleRef b = CFBundleCreate(nullptr, url);
-    CFRelease(url);
-    return b;
-}
-
-CFStringRef str(const char* s) { return CFStringCreateWithCString(nullptr, s, kCFStringEncodingUTF8); }
-
 // Info.plist as Apple writes it and as Apple's reader takes it.
 TEST(InfoPlist, ByteOrderMarkCdataAndCommentsInText) {
     EXPECT_EQ(cfimpl::parseInfoPlist("\xEF\xBB\xBF<?xml version=\"1.0\"?><plist version=\"1.0\"><dict>"

@@ -64,10 +64,10 @@ TEST(CFConvert, GetBytesMacRoman) {
     };
     for (const Case& c : cases) {
         Converted r = convert(c.s, kCFStringEncodingMacRoman, c.loss, c.limit);
-        EXPECT_EQ(r.consumed, c.consumed) << "text of " << c.s.size() << " units";
+        EXPECT_EQ(r.consumed, c.consumed) << c.s.size() << " units";
         EXPECT_EQ(r.used, static_cast<CFIndex>(c.bytes.size()));
         EXPECT_EQ(r.bytes, c.bytes);
-        EXPECT_TRUE(r.tailUntouched) << "no terminator, nothing past the bytes";
+        EXPECT_TRUE(r.tailUntouched);  // no terminator, nothing past the bytes
     }
 }
 
@@ -89,31 +89,29 @@ TEST(CFConvert, GetBytesUtf8) {
     };
     for (const Case& c : cases) {
         Converted r = convert(c.s, kCFStringEncodingUTF8, '?', c.limit);
-        EXPECT_EQ(r.consumed, c.consumed) << "text of " << c.s.size() << " units";
+        EXPECT_EQ(r.consumed, c.consumed) << c.s.size() << " units";
         EXPECT_EQ(r.bytes, c.bytes);
         EXPECT_TRUE(r.tailUntouched);
     }
 }
 
+// Without a buffer: the bytes needed; the limit counts only with a buffer; a
+// range past the end converts nothing.
 TEST(CFConvert, GetBytesMeasuresWithoutABuffer) {
     CFStringRef s = make(u"a\u20AC\xD83D\xDE00");
-    CFIndex used = -1;
-    EXPECT_EQ(CFStringGetBytes(s, CFRangeMake(0, 4), kCFStringEncodingUTF8, 0, false, nullptr, 0,
-                               &used),
-              4);
-    EXPECT_EQ(used, 8) << "bytes needed";
-    EXPECT_EQ(CFStringGetBytes(s, CFRangeMake(0, 4), kCFStringEncodingMacRoman, '?', false,
-                               nullptr, 1, &used),
-              4);
-    EXPECT_EQ(used, 4) << "the limit counts only with a buffer";
-    EXPECT_EQ(CFStringGetBytes(s, CFRangeMake(1, 1), kCFStringEncodingUTF8, 0, false, nullptr, 0,
-                               &used),
-              1);
-    EXPECT_EQ(used, 3) << "a range inside the string";
-    EXPECT_EQ(CFStringGetBytes(s, CFRangeMake(3, 2), kCFStringEncodingUTF8, 0, false, nullptr, 0,
-                               &used),
-              0);
-    EXPECT_EQ(used, 0) << "a range past the end converts nothing";
+    const struct {
+        CFIndex from, length;
+        CFStringEncoding encoding;
+        CFIndex limit, consumed, used;
+    } cases[] = {{0, 4, kCFStringEncodingUTF8, 0, 4, 8}, {0, 4, kCFStringEncodingMacRoman, 1, 4, 4},
+                 {1, 1, kCFStringEncodingUTF8, 0, 1, 3}, {3, 2, kCFStringEncodingUTF8, 0, 0, 0}};
+    for (const auto& c : cases) {
+        CFIndex used = -1;
+        EXPECT_EQ(CFStringGetBytes(s, CFRangeMake(c.from, c.length), c.encoding, '?', false,
+                                   nullptr, c.limit, &used),
+                  c.consumed);
+        EXPECT_EQ(used, c.used) << c.from << "+" << c.length;
+    }
     CFRelease(s);
 }
 
@@ -121,7 +119,7 @@ TEST(CFConvert, EveryMacRomanByteComesBack) {
     for (int b = 1; b < 256; ++b) {
         const char text[2] = {static_cast<char>(b), 0};
         CFStringRef s = CFStringCreateWithCString(nullptr, text, kCFStringEncodingMacRoman);
-        ASSERT_NE(s, nullptr) << "Mac Roman maps every byte";
+        ASSERT_NE(s, nullptr) << b;
         ASSERT_EQ(CFStringGetLength(s), 1);
         UInt8 back = 0;
         CFIndex used = 0;
@@ -138,19 +136,9 @@ TEST(CFConvert, MaximumSizeForEncoding) {
     EXPECT_EQ(CFStringGetMaximumSizeForEncoding(10, kCFStringEncodingUTF8), 30);
     EXPECT_EQ(CFStringGetMaximumSizeForEncoding(10, kCFStringEncodingMacRoman), 10);
     EXPECT_EQ(CFStringGetMaximumSizeForEncoding(0, kCFStringEncodingMacRoman), 0);
-    EXPECT_EQ(CFStringGetMaximumSizeForEncoding(LONG_MAX / 2, kCFStringEncodingUTF8), kCFNotFound)
-        << "too large to answer";
+    EXPECT_EQ(CFStringGetMaximumSizeForEncoding(LONG_MAX / 2, kCFStringEncodingUTF8), kCFNotFound);
     EXPECT_EQ(CFStringGetMaximumSizeForEncoding(-1, kCFStringEncodingUTF8), kCFNotFound);
-    EXPECT_EQ(CFStringGetMaximumSizeForEncoding(1, 0x7777), kCFNotFound) << "unknown encoding";
-}
-
-TEST(CFConvert, IntValueOfAnEmptyOrMissingString) {
-    CFStringRef empty = make(u"");
-    EXPECT_EQ(CFStringGetIntValue(empty), 0);
-    CFRelease(empty);
-    CFStringRef spaces = make(u"   ");
-    EXPECT_EQ(CFStringGetIntValue(spaces), 0);
-    CFRelease(spaces);
+    EXPECT_EQ(CFStringGetMaximumSizeForEncoding(1, 0x7777), kCFNotFound);  // unknown encoding
 }
 
 }  // namespace

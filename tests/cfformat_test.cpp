@@ -68,7 +68,6 @@ TEST(CFFormat, PercentsUnknownConversionsAndTheEnd) {
     EXPECT_EQ(fmt("a%5yb"), u"a5b");
     EXPECT_EQ(fmt("end%"), u"end");
     EXPECT_EQ(fmt(""), u"");
-    EXPECT_EQ(fmt("^font(%S,%d)^nfx(%d)^size(%d)", kCapo, 0, 2, 12), u"^font(Capo ,0)^nfx(2)^size(12)");
 }
 
 TEST(CFFormat, PositionalArguments) {

@@ -88,13 +88,10 @@ TEST_F(Frames, NoteIdentifiersBecomeUniqueAndLandInTheFlags) {
             EXPECT_EQ(flagsOf(e.data(), n) & 0x001F0000u,
                       (static_cast<uint32_t>(static_cast<uint16_t>(out[i])) & 0x1Fu) << 16);
             EXPECT_EQ(flagsOf(e.data(), n) & ~0x001F0000u, 0xA5A5A5A5u & ~0x001F0000u);
-            EXPECT_EQ(at<uint16_t>(e.data(), noteOff(n)), 0x1111) << "host words are kept";
+            EXPECT_EQ(at<uint16_t>(e.data(), noteOff(n)), 0x1111);  // host words are kept
             EXPECT_EQ(at<uint16_t>(e.data(), noteOff(n) + 2), 0x2222);
         }
     }
-    EXPECT_EQ(MAKENOTEID(32), 0u);
-    EXPECT_EQ(MAKENOTEID(-1), 0x001F0000u);
-    EXPECT_EQ(SETNOTEID(0xFFFFFFFF, 0), 0xFFE0FFFFu);
 }
 
 TEST_F(Frames, SlotsBeyondTheCountAreClearedAndHostBytesKept) {
@@ -115,7 +112,7 @@ TEST_F(Frames, RestsGetAPlaceholderOnlyWhileTheSwitchIsSet) {
     EXPECT_EQ(at<uint16_t>(rest.data(), noteOff(0)), 0);
     EXPECT_EQ(entryFlags(rest.data()), 0x01000100u);
     CleanEXENTRY(rest.data());
-    EXPECT_EQ(idOf(rest.data(), 0), 1) << "on the second cleaning it is an ordinary note";
+    EXPECT_EQ(idOf(rest.data(), 0), 1);  // on the second cleaning it is an ordinary note
     EXPECT_EQ(flagsOf(rest.data(), 0), 0x80010000u);
     EXPECT_EQ(countOf(rest.data()), 1);
 
@@ -125,18 +122,6 @@ TEST_F(Frames, RestsGetAPlaceholderOnlyWhileTheSwitchIsSet) {
     EXPECT_EQ(countOf(plain.data()), 0);
     EXPECT_EQ(entryFlags(plain.data()), 0x00000100u);
     for (size_t i = noteOff(0); i < noteOff(12); ++i) EXPECT_EQ(plain[i], 0);
-}
-
-TEST_F(Frames, CountsOutsideTheRangeLeaveTheEntryAndWhatFollowsAlone) {
-    for (int16_t count : {int16_t(-1), int16_t(13), int16_t(0x7FFF), int16_t(-32768)}) {
-        Guarded e(kEntry);
-        const std::vector<uint8_t> bytes = entry(count, {0, 0, 5, 5});
-        std::memcpy(e.data(), bytes.data(), kEntry);
-        Frame f(e.data(), 1);
-        CleanTGF(f.data());
-        EXPECT_EQ(e.bytes(), bytes) << count;
-        EXPECT_TRUE(e.intact());
-    }
 }
 
 TEST_F(Frames, EmptyAndNegativeFramesChangeNothing) {
@@ -200,9 +185,10 @@ TEST_F(Frames, RandomFramesFollowTheRulesAndASecondCleaningOnlyNumbersPlaceholde
         for (size_t i = 0; i < list.size(); ++i) list.data()[i] = static_cast<uint8_t>(rng());
         for (int16_t k = 0; k < entries; ++k) {
             uint8_t* e = list.data() + kEntry * static_cast<size_t>(k);
+            // Now and then a count outside 0 to 12: the entry and what follows stay alone.
+            const int16_t outside[] = {-3, -32768, 13, 0x7FFF, static_cast<int16_t>(14 + rng() % 99)};
             const int pick = static_cast<int>(rng() % 20);
-            const int16_t count = pick < 17 ? static_cast<int16_t>(pick % 13)
-                                            : static_cast<int16_t>(pick == 17 ? -3 : 13 + rng() % 100);
+            const int16_t count = pick < 17 ? static_cast<int16_t>(pick % 13) : outside[rng() % 5];
             put(e, offsetof(EXENTRY, numNotes), count);
             for (int i = 0; i < 12; ++i)  // small identifiers, so that duplicates and zeros are common
                 put(e, noteOff(i) + offsetof(EXNOTE, noteID), static_cast<int16_t>(static_cast<int>(rng() % 8) - 2));
@@ -251,7 +237,7 @@ TEST_F(Frames, SavedFramesReachTheDocumentCleanedAndComeBackIntact) {
     const std::vector<uint8_t> saved = *doc::getFrame({3, 1, 2, 0, 0});
     EXPECT_EQ(idOf(saved.data(), 0), 5);
     EXPECT_EQ(idOf(saved.data(), 1), 4);
-    EXPECT_EQ(countOf(saved.data() + kEntry), 1) << "the rest's placeholder";
+    EXPECT_EQ(countOf(saved.data() + kEntry), 1);  // the rest's placeholder
 }
 
 TEST_F(Frames, InsertDeleteAndReduceCleanBeforeTheHostSeesTheFrame) {
@@ -283,20 +269,19 @@ TEST_F(Frames, InsertDeleteAndReduceCleanBeforeTheHostSeesTheFrame) {
 TEST_F(Frames, AHostWithoutTheFunctionsStillGetsNothingUnclean) {
     hostsim::setAllPresent(false);
     Probe p;
-    ASSERT_TRUE(p.ok()) << p.error();
-    ASSERT_EQ(p.bind(), 1);
+    ASSERT_TRUE(p.ready());
     EXPECT_EQ(*p.var<uint8_t>("CanAddNoteRecordToRests"), 1);
     auto insert = p.fn<int16_t (*)(void*, int16_t, int16_t, uint32_t)>("FX_InsertEXENTRY");
     auto saveFrame = p.fn<int16_t (*)(void*, uint32_t)>("FX_SaveTGF");
     std::vector<uint8_t> e = entry(0, {});
     Frame f(e.data(), 1);
     EXPECT_EQ(insert(f.data(), 0, 0, FXT_VERSION), 0);
-    EXPECT_EQ(countOf(e.data()), 1) << "cleaned although the host lacks the function";
+    EXPECT_EQ(countOf(e.data()), 1);  // cleaned although the host lacks the function
     *p.var<uint8_t>("CanAddNoteRecordToRests") = 0;
     std::vector<uint8_t> r = entry(0, {});
     Frame g(r.data(), 1);
     EXPECT_EQ(saveFrame(g.data(), FXT_VERSION), 0);
-    EXPECT_EQ(countOf(r.data()), 0) << "the image's own switch";
+    EXPECT_EQ(countOf(r.data()), 0);  // the image's own switch
     EXPECT_TRUE(hostsim::calls().empty());
 }
 

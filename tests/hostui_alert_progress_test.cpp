@@ -2,7 +2,7 @@
 // the scenario's step, each recorded call by call.
 #include "hostui_support.h"
 
-#include <CoreFoundation/CoreFoundation.h>
+#include <tuple>
 
 namespace ui = hostsim::ui;
 using hostui::HostUi;
@@ -23,7 +23,7 @@ TEST_F(Alerts, AnswerFromTheScriptThenOkAndAreRecorded) {
     ui::scriptAlerts({2, 0});
     EXPECT_EQ(alert16(tag(0x10), 33, u"Whole document?"), 2);
     EXPECT_EQ(FX_AlertMessage(nullptr, 64, 7, const_cast<char*>("Caf\x8E"), FXT_VERSION), 0);
-    EXPECT_EQ(alert16(tag(0x30), 48, u"\U0001F3B8 \u00E9"), 1) << "script used up: OK";
+    EXPECT_EQ(alert16(tag(0x30), 48, u"\U0001F3B8 \u00E9"), 1);  // script used up: OK
     EXPECT_EQ(alert16(nullptr, 64, u""), 1);
 
     struct Expected {
@@ -43,28 +43,11 @@ TEST_F(Alerts, AnswerFromTheScriptThenOkAndAreRecorded) {
     ASSERT_EQ(ui::alerts().size(), 4u);
     for (size_t i = 0; i < 4; ++i) {
         const ui::Alert& a = ui::alerts()[i];
-        EXPECT_EQ(a.utf16, expected[i].utf16) << i;
-        EXPECT_EQ(a.parent, expected[i].parent) << i;
-        EXPECT_EQ(a.kind, expected[i].kind) << i;
-        EXPECT_EQ(a.third, expected[i].third) << i;
-        EXPECT_EQ(a.text, expected[i].text) << i;
-        EXPECT_EQ(a.answer, expected[i].answer) << i;
+        const Expected& e = expected[i];
+        EXPECT_EQ(std::tie(a.utf16, a.parent, a.kind, a.third, a.text, a.answer),
+                  std::tie(e.utf16, e.parent, e.kind, e.third, e.text, e.answer)) << i;
     }
     EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-}
-
-TEST_F(Alerts, EightBitTextIsReadAsMacRoman) {
-    std::string high;
-    for (int b = 0x80; b <= 0xFF; ++b) high.push_back(static_cast<char>(b));
-    FX_AlertMessage(nullptr, 48, 0, &high[0], FXT_VERSION);
-    CFStringRef s = CFStringCreateWithCString(kCFAllocatorDefault, high.c_str(),
-                                              kCFStringEncodingMacRoman);
-    ASSERT_NE(s, nullptr);
-    char utf8[600];
-    ASSERT_TRUE(CFStringGetCString(s, utf8, sizeof utf8, kCFStringEncodingUTF8));
-    CFRelease(s);
-    ASSERT_EQ(ui::alerts().size(), 1u);
-    EXPECT_EQ(ui::alerts()[0].text, utf8);
 }
 
 TEST_F(Alerts, WithoutTextIsAnErrorButStillAnswered) {
@@ -73,18 +56,6 @@ TEST_F(Alerts, WithoutTextIsAnErrorButStillAnswered) {
     EXPECT_EQ(FX_AlertMessage_UTF16(nullptr, 64, 0, nullptr, FXT_VERSION), 1);
     EXPECT_EQ(errorKinds(), std::vector<ErrorKind>(2, ErrorKind::BadArgument));
     EXPECT_EQ(ui::alerts().size(), 2u);
-}
-
-TEST_F(Alerts, ResetForgetsScriptedAnswersAndAProgrammedResultWins) {
-    ui::scriptAlerts({2});
-    hostsim::reset();
-    EXPECT_EQ(alert16(nullptr, 33, u"?"), 1);
-    hostsim::setResult(hostsim::Fx::FX_AlertMessage_UTF16, 5);
-    EXPECT_EQ(alert16(nullptr, 33, u"?"), 5);
-    EXPECT_EQ(ui::alerts().size(), 1u) << "the programmed result replaced the alert";
-    hostsim::reset();
-    EXPECT_EQ(alert16(nullptr, 33, u"?"), 1);
-    EXPECT_EQ(ui::alerts().size(), 1u);
 }
 
 // Runs one display of `calls` progress calls with the arguments a run over
@@ -122,12 +93,9 @@ TEST_F(ProgressDisplay, CancelsAtTheScriptedStepAndEveryStepAfter) {
         EXPECT_EQ(p.cancelled, 1);
         ASSERT_EQ(p.calls.size(), size_t(c.calls));
         for (int i = 0; i < c.calls; ++i) {
-            const ui::ProgressCall& call = p.calls[size_t(i)];
-            EXPECT_EQ(call.a, 1);
-            EXPECT_EQ(call.b, i % 3 + 1);
-            EXPECT_EQ(call.c, i / 3 + 1);
-            EXPECT_EQ(call.d, -1);
-            EXPECT_EQ(call.answer, c.answers[size_t(i)]);
+            const ui::ProgressCall& k = p.calls[size_t(i)];
+            EXPECT_EQ(std::make_tuple(k.a, k.b, k.c, k.d, k.answer),
+                      std::make_tuple(1, i % 3 + 1, i / 3 + 1, -1, c.answers[size_t(i)])) << i;
         }
         EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
     }
@@ -137,7 +105,7 @@ TEST_F(ProgressDisplay, ScriptServesSuccessiveDisplaysInOrder) {
     ui::scriptProgress({0, 2});
     EXPECT_EQ(runDisplay(3, 0), (std::vector<int16_t>{1, 1, 1}));
     EXPECT_EQ(runDisplay(3, 1), (std::vector<int16_t>{1, 0, 0}));
-    EXPECT_EQ(runDisplay(3, 0), (std::vector<int16_t>{1, 1, 1})) << "beyond the script";
+    EXPECT_EQ(runDisplay(3, 0), (std::vector<int16_t>{1, 1, 1}));  // beyond the script
     ASSERT_EQ(ui::progress().size(), 3u);
     EXPECT_NE(ui::progress()[0].handle, ui::progress()[1].handle);
     EXPECT_EQ(ui::progress()[1].cancelled, 1);
@@ -166,7 +134,7 @@ TEST_F(ProgressDisplay, MisuseIsRecorded) {
     EXPECT_EQ(FX_MassEditProgress(h, 1, 0, 0, -1, FXT_VERSION), 0);
     FX_EndMassEdit(h, 1, FXT_VERSION);
     EXPECT_EQ(errorKinds(), std::vector<ErrorKind>(2, ErrorKind::ProgressEnded));
-    EXPECT_EQ(ui::progress()[0].cancelled, 0) << "the second end changed nothing";
+    EXPECT_EQ(ui::progress()[0].cancelled, 0);  // the second end changed nothing
     EXPECT_TRUE(ui::progress()[0].calls.empty());
 
     hostsim::reset();

@@ -99,6 +99,19 @@ class Locale {
     }
 };
 
+// A bundle object for a folder (null when the platform makes none).
+inline CFBundleRef bundleAt(const std::string& dir) {
+    CFURLRef url = CFURLCreateFromFileSystemRepresentation(
+        nullptr, reinterpret_cast<const UInt8*>(dir.c_str()), static_cast<CFIndex>(dir.size()), true);
+    CFBundleRef b = CFBundleCreate(nullptr, url);
+    CFRelease(url);
+    return b;
+}
+
+inline CFStringRef str(const char* s) {
+    return CFStringCreateWithCString(nullptr, s, kCFStringEncodingUTF8);
+}
+
 // The text of a Core Foundation string as UTF-16.
 inline std::u16string units(CFStringRef s) {
     std::u16string u(static_cast<size_t>(CFStringGetLength(s)), u'\0');

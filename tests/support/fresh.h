@@ -3,6 +3,7 @@
 #ifndef CAPOCHORDS_TESTS_FRESH_H
 #define CAPOCHORDS_TESTS_FRESH_H
 
+#include "hostsim/host.h"
 #include "hostsim/plugin.h"
 
 #include <gtest/gtest.h>
@@ -20,6 +21,12 @@ class Probe {
         lookup_ = plugin_->function<void* (*)(const char*)>("capochords_probe_symbol");
     }
     bool ok() const { return plugin_->loaded() && lookup_; }
+    // Loaded, and bound by main unless `bind` is false: ASSERT_TRUE(p.ready()).
+    ::testing::AssertionResult ready(bool bind = true) {
+        if (!ok()) return ::testing::AssertionFailure() << "probe not loaded: " << error();
+        if (bind && this->bind() != 1) return ::testing::AssertionFailure() << "main did not bind";
+        return ::testing::AssertionSuccess();
+    }
     std::string error() const { return plugin_->error(); }
     hostsim::Plugin& plugin() { return *plugin_; }
 
@@ -43,6 +50,13 @@ class Probe {
   private:
     std::unique_ptr<hostsim::Plugin> plugin_;
     void* (*lookup_)(const char*) = nullptr;
+};
+
+// A test that starts and ends with a fresh simulated host.
+class FreshHost : public ::testing::Test {
+  protected:
+    void SetUp() override { hostsim::reset(); }
+    void TearDown() override { hostsim::reset(); }
 };
 
 }  // namespace testing_support

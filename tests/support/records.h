@@ -5,6 +5,7 @@
 #define CAPOCHORDS_TESTS_RECORDS_H
 
 #include "binding.h"
+#include "fresh.h"
 #include "hostsim/document.h"
 #include "hostsim/host.h"
 #include "zemlopdk.h"
