@@ -42,49 +42,10 @@ std::string errorText() {
     return s;
 }
 
-namespace {
-
-
-void putUtf8(std::string& out, char32_t cp) {
-    if (cp < 0x80) {
-        out.push_back(static_cast<char>(cp));
-    } else if (cp < 0x800) {
-        out.push_back(static_cast<char>(0xC0 | (cp >> 6)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else if (cp < 0x10000) {
-        out.push_back(static_cast<char>(0xE0 | (cp >> 12)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else {
-        out.push_back(static_cast<char>(0xF0 | (cp >> 18)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    }
-}
-
-}  // namespace
-
-std::string utf8(const std::u16string& units) {
-    std::string out;
-    for (size_t i = 0; i < units.size(); ++i) {
-        char32_t u = units[i];
-        if (u >= 0xD800 && u < 0xDC00 && i + 1 < units.size() && units[i + 1] >= 0xDC00 &&
-            units[i + 1] < 0xE000) {
-            putUtf8(out, 0x10000 + ((u - 0xD800) << 10) + (units[i + 1] - 0xDC00));
-            ++i;
-        } else if (u >= 0xD800 && u < 0xE000) {
-            putUtf8(out, 0xFFFD);
-        } else {
-            putUtf8(out, u);
-        }
-    }
-    return out;
-}
-
 // The conversions of the application's text encodings are the platform's,
 // as the real host's are.
 namespace {
+
 std::u16string unitsOf(CFStringRef text) {
     std::u16string u(static_cast<size_t>(CFStringGetLength(text)), u'\0');
     if (!u.empty())
@@ -93,7 +54,39 @@ std::u16string unitsOf(CFStringRef text) {
     CFRelease(text);
     return u;
 }
+
+// The bytes of a text in an encoding, with `loss` for what it lacks.
+std::string bytesOf(const std::u16string& units, CFStringEncoding encoding, UInt8 loss) {
+    CFStringRef text = CFStringCreateWithCharacters(
+        nullptr, reinterpret_cast<const UniChar*>(units.data()), static_cast<CFIndex>(units.size()));
+    if (!text) return std::string();
+    CFIndex used = 0;
+    const CFRange all = CFRangeMake(0, CFStringGetLength(text));
+    CFStringGetBytes(text, all, encoding, loss, false, nullptr, 0, &used);
+    std::string out(static_cast<size_t>(used), '\0');
+    if (used)
+        CFStringGetBytes(text, all, encoding, loss, false, reinterpret_cast<UInt8*>(&out[0]), used,
+                         &used);
+    CFRelease(text);
+    out.resize(static_cast<size_t>(used));
+    return out;
+}
+
 }  // namespace
+
+std::string utf8(const std::u16string& units) {
+    // An unpaired surrogate reads as the replacement character.
+    std::u16string clean = units;
+    for (size_t i = 0; i < clean.size(); ++i) {
+        const char16_t u = clean[i];
+        if (u >= 0xD800 && u < 0xDC00 && i + 1 < clean.size() && clean[i + 1] >= 0xDC00 &&
+            clean[i + 1] < 0xE000)
+            ++i;
+        else if (u >= 0xD800 && u < 0xE000)
+            clean[i] = 0xFFFD;
+    }
+    return bytesOf(clean, kCFStringEncodingUTF8, 0);
+}
 
 bool fromUtf8(const std::string& bytes, std::u16string* out) {
     out->clear();
@@ -110,19 +103,7 @@ std::u16string fromMacRoman(const char* bytes) {
 }
 
 std::string toMacRoman(const std::u16string& units) {
-    CFStringRef text = CFStringCreateWithCharacters(
-        nullptr, reinterpret_cast<const UniChar*>(units.data()), static_cast<CFIndex>(units.size()));
-    if (!text) return std::string();
-    CFIndex used = 0;
-    const CFRange all = CFRangeMake(0, CFStringGetLength(text));
-    CFStringGetBytes(text, all, kCFStringEncodingMacRoman, '?', false, nullptr, 0, &used);
-    std::string out(static_cast<size_t>(used), '\0');
-    if (used)
-        CFStringGetBytes(text, all, kCFStringEncodingMacRoman, '?', false,
-                         reinterpret_cast<UInt8*>(&out[0]), used, &used);
-    CFRelease(text);
-    out.resize(static_cast<size_t>(used));
-    return out;
+    return bytesOf(units, kCFStringEncodingMacRoman, '?');
 }
 
 int32_t numberOf(const std::u16string& text) {
