@@ -49,6 +49,24 @@ bool number(const std::u16string& f, size_t& i, long& out) {
     return true;
 }
 
+// After a '*': the argument that holds the field, -1 for the next one or
+// n for "n$". False for an absurd position.
+bool starArgument(const std::u16string& f, size_t& i, int& arg) {
+    arg = -1;
+    const size_t save = i;
+    long n;
+    if (i < f.size() && isDigit(f[i])) {
+        if (!number(f, i, n)) return false;
+        if (i < f.size() && f[i] == '$' && n >= 1 && n <= kMaxPosition) {
+            arg = static_cast<int>(n);
+            ++i;
+        } else {
+            i = save;
+        }
+    }
+    return true;
+}
+
 // Parses one directive starting at the '%'. False for an absurd field.
 bool parseDirective(const std::u16string& f, size_t i, Directive& s) {
     s.start = i++;
@@ -67,36 +85,14 @@ bool parseDirective(const std::u16string& f, size_t i, Directive& s) {
     }
     while (i < f.size() && isFlag(f[i])) s.flags.push_back(static_cast<char>(f[i++]));
     if (i < f.size() && f[i] == '*') {
-        ++i;
-        s.widthArg = -1;
-        save = i;
-        if (i < f.size() && isDigit(f[i])) {
-            if (!number(f, i, n)) return false;
-            if (i < f.size() && f[i] == '$' && n >= 1 && n <= kMaxPosition) {
-                s.widthArg = static_cast<int>(n);
-                ++i;
-            } else {
-                i = save;
-            }
-        }
+        if (!starArgument(f, ++i, s.widthArg)) return false;
     } else if (i < f.size() && isDigit(f[i])) {
         if (!number(f, i, s.width)) return false;
     }
     if (i < f.size() && f[i] == '.') {
         ++i;
         if (i < f.size() && f[i] == '*') {
-            ++i;
-            s.precisionArg = -1;
-            save = i;
-            if (i < f.size() && isDigit(f[i])) {
-                if (!number(f, i, n)) return false;
-                if (i < f.size() && f[i] == '$' && n >= 1 && n <= kMaxPosition) {
-                    s.precisionArg = static_cast<int>(n);
-                    ++i;
-                } else {
-                    i = save;
-                }
-            }
+            if (!starArgument(f, ++i, s.precisionArg)) return false;
         } else {
             if (!number(f, i, s.precision)) return false;
         }
