@@ -116,7 +116,9 @@ int applyCommand(InvokeFn invoke, const ApplyOptions& a) {
     const int firstStaff = a.firstStaff ? a.firstStaff : 1, lastStaff = a.firstStaff ? a.lastStaff : sheet->staves();
     const int firstMeasure = a.firstMeasure ? a.firstMeasure : 1;
     const int lastMeasure = a.firstMeasure ? a.lastMeasure : sheet->measures();
-    std::printf("Score \"%s\" (%s): %d staves, %d measures, %zu chords\n", sheet->title().c_str(), path.c_str(),
+    const size_t slash = path.find_last_of('/');
+    const std::string file = slash == std::string::npos ? path : path.substr(slash + 1);
+    std::printf("Score \"%s\" (%s): %d staves, %d measures, %zu chords\n", sheet->title().c_str(), file.c_str(),
                 sheet->staves(), sheet->measures(), sheet->chordCount());
     std::printf("Chords before:\n");
     printChords(*sheet, 1, sheet->staves(), 1, sheet->measures());
