@@ -180,6 +180,7 @@ void expectCapoChords(const Contents& original, const Contents& out, int fret) {
             EXPECT_TRUE(n != "E#" && n != "B#" && n != "Cb" && n != "Fb") << n;
         }
         EXPECT_EQ(out.capo.at(source.part), std::to_string(fret));
+        EXPECT_EQ(capo.xml.find("<frame"), std::string::npos) << "a capo chord with its source's fret diagram";
     }
 }
 

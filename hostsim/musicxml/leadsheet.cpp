@@ -437,12 +437,12 @@ std::unique_ptr<LeadSheet> LeadSheet::read(const std::string& path, std::string*
 void LeadSheet::build() {
     score::Score s(staves(), measures_);
     score::addFont(4, u"Times New Roman", 4096);
+    std::map<std::pair<int, int>, std::vector<const Harmony*>> byPlace;
+    for (const auto& h : harmonies_) byPlace[{h->staff, h->measure}].push_back(h.get());
     for (int staff = 1; staff <= staves(); ++staff) {
         Part& p = *parts_[static_cast<size_t>(staff - 1)];
         for (int m = 1; m <= measures_; ++m) {
-            std::vector<const Harmony*> here;
-            for (const auto& h : harmonies_)
-                if (h->staff == staff && h->measure == m) here.push_back(h.get());
+            std::vector<const Harmony*> here = byPlace[{staff, m}];
             std::stable_sort(here.begin(), here.end(), [](const Harmony* a, const Harmony* b) {
                 return a->fields.onset < b->fields.onset;
             });
@@ -458,11 +458,9 @@ void LeadSheet::build() {
             for (size_t i = 0; i < p.capoRecords.size(); ++i) {
                 if (p.capoMeasures[i] != m) continue;
                 ChordRecord r = p.capoRecords[i];
-                // The sibling's ordinal among chords at its onset.
-                for (const auto& h : harmonies_)
-                    if (h->fields.harmony == fieldsOf(r).harmony)
-                        for (const ChordRecord& c : score::chords(static_cast<int16_t>(staff), static_cast<int16_t>(m)))
-                            if (!c.isCapo() && fieldsOf(c).harmony == h->fields.harmony) r.key1 = c.key1;
+                // The source's ordinal among chords at its onset.
+                for (const ChordRecord& c : score::chords(static_cast<int16_t>(staff), static_cast<int16_t>(m)))
+                    if (!c.isCapo() && fieldsOf(c).harmony == fieldsOf(r).harmony) r.key1 = c.key1;
                 s.chord(static_cast<int16_t>(staff), static_cast<int16_t>(m), r);
             }
         }
@@ -511,6 +509,8 @@ bool LeadSheet::write(const std::string& path, std::string* error) {
                     setPitch(root, "root-step", "root-alter", fingered({f.rootStep, f.rootAlter}, c.fret(), keyFifths));
                 if (xmlNodePtr bass = child(copy, "bass"); bass && f.bassStep >= 0)
                     setPitch(bass, "bass-step", "bass-alter", fingered({f.bassStep, f.bassAlter}, c.fret(), keyFifths));
+                // A fret diagram shows the concert chord's fingering, not the shape's.
+                if (xmlNodePtr frame = child(copy, "frame")) drop(frame);
                 xmlSetProp(copy, X("type"), X("alternate"));
                 xmlSetProp(copy, X("default-y"), X(tenthsOf(c.vertical).c_str()));
                 xmlNodePtr& after = last[number];
