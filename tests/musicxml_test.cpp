@@ -272,6 +272,18 @@ TEST(Apply, AgainWithAnotherFretUpdatesAndRemovalGivesTheOriginalBack) {
     EXPECT_TRUE(back.words.empty());
 }
 
+TEST(Apply, RemovalWithNothingToRemoveSaysSoAndWritesTheScoreUnchanged) {
+    TempDir tmp;
+    const std::string out = tmp.path() + "/out.musicxml";
+    const Ran r = zemloHost("'" + kSamples + "slow-river.musicxml' --remove -o '" + out + "'", tmp.path());
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_NE(r.out.find("Notice: "), std::string::npos) << r.out;
+    const Contents before = contents(kSamples + "slow-river.musicxml"), after = contents(out);
+    EXPECT_EQ(after.notes, before.notes);
+    ASSERT_EQ(after.chords.size(), before.chords.size());
+    for (size_t i = 0; i < before.chords.size(); ++i) EXPECT_EQ(after.chords[i].xml, before.chords[i].xml);
+}
+
 TEST(Apply, OurOwnFileReadAgainIsTheSameDocument) {
     TempDir tmp;
     const std::string out = tmp.path() + "/out.musicxml", again = tmp.path() + "/again.musicxml";

@@ -87,6 +87,8 @@ void drawProgress(const ui::Progress& p) {
     std::fflush(stderr);
 }
 
+constexpr uint16_t kNotice = 0x40;
+
 int fail(const std::string& message) {
     std::fprintf(stderr, "zemlo-host: %s\n", message.c_str());
     return 1;
@@ -139,8 +141,11 @@ int applyCommand(InvokeFn invoke, const ApplyOptions& a) {
     for (const ui::Error& e : ui::errors()) error += (error.empty() ? "" : "; ") + e.text;
     for (const std::string& e : edits::errors()) error += (error.empty() ? "" : "; ") + e;
     if (!error.empty()) return fail("the host saw faults of the plug-in: " + error + "; nothing written");
-    for (const ui::Alert& alert : ui::alerts())
-        return fail("the plug-in said: " + alert.text + "; nothing written");
+    // A notice tells what happened (nothing to change, say); anything else stops the run.
+    for (const ui::Alert& alert : ui::alerts()) {
+        if (alert.kind != kNotice) return fail("the plug-in said: " + alert.text + "; nothing written");
+        std::printf("Notice: %s\n", alert.text.c_str());
+    }
     bool committed = false;
     for (const edits::Edit& e : edits::all()) committed = committed || e.state == edits::State::Committed;
     std::printf("Result: %d (%s)\n", result, committed ? "edit committed" : "nothing changed");
