@@ -1,5 +1,5 @@
 # MusicXML lead sheets through the simulated host, and zemlo-host apply on them.
-capochords_test(musicxml_test musicxml_test.cpp LIBS hostsim::musicxml)
+capochords_test(musicxml_test musicxml_test.cpp LIBS hostsim::musicxml PkgConfig::LIBZIP)
 add_dependencies(musicxml_test zemlo-host)
 target_compile_definitions(musicxml_test PRIVATE ZEMLO_HOST="$<TARGET_FILE:zemlo-host>")
 

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
+#include <zip.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -314,6 +315,37 @@ TEST(Apply, WorksOnTheSelectedStavesAndMeasuresOnly) {
         }
     EXPECT_EQ(c.chords.size(), contents(kSamples + "lantern-road.musicxml").chords.size() + 4);
     EXPECT_TRUE(c.words.empty());
+}
+
+// A compressed MusicXML file holding `score` under the name the container gives.
+bool writeMxl(const std::string& path, const std::string& score) {
+    static const std::string container =
+        "<?xml version=\"1.0\"?><container><rootfiles><rootfile full-path=\"song/score.musicxml\"/>"
+        "</rootfiles></container>";
+    int code = 0;
+    zip_t* z = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &code);
+    if (!z) return false;
+    zip_source_t* a = zip_source_buffer(z, container.data(), container.size(), 0);
+    zip_source_t* b = zip_source_buffer(z, score.data(), score.size(), 0);
+    const bool added = zip_file_add(z, "META-INF/container.xml", a, 0) >= 0 &&
+                       zip_file_add(z, "song/score.musicxml", b, 0) >= 0;
+    return zip_close(z) == 0 && added;
+}
+
+TEST(Apply, ReadsCompressedMusicXml) {
+    TempDir tmp;
+    const std::string original = kSamples + "harbour-lights.musicxml";
+    const std::string mxl = tmp.path() + "/harbour.mxl", out = tmp.path() + "/out.musicxml";
+    ASSERT_TRUE(writeMxl(mxl, fileText(original)));
+    const Ran r = zemloHost("'" + mxl + "' --capo 2 -o '" + out + "'", tmp.path());
+    ASSERT_EQ(r.status, 0) << r.err;
+    expectCapoChords(contents(original), contents(out), 2);
+
+    writeFile(tmp.path() + "/plain.mxl", fileText(original));
+    const Ran plain = zemloHost("'" + tmp.path() + "/plain.mxl' -o '" + tmp.path() + "/x.musicxml'", tmp.path());
+    EXPECT_NE(plain.status, 0);
+    EXPECT_NE(plain.err.find("is not compressed MusicXML"), std::string::npos) << plain.err;
+    EXPECT_FALSE(fs::exists(tmp.path() + "/x.musicxml"));
 }
 
 TEST(Output, IsValidMusicXml4) {

@@ -100,6 +100,9 @@ int applyCommand(InvokeFn invoke, const ApplyOptions& a) {
     const RunOptions& o = a.run;
     std::string error;
     const std::string path = a.score.empty() ? ZEMLO_SAMPLE_SCORE : a.score;
+    const std::string out = a.output.empty() ? stem(path) + ".capo.musicxml" : a.output;
+    if (out.size() > 4 && out.compare(out.size() - 4, 4, ".mxl") == 0)
+        return fail("-o " + out + ": zemlo-host writes uncompressed MusicXML; name it .musicxml");
     std::unique_ptr<mx::LeadSheet> sheet = mx::LeadSheet::read(path, &error);
     if (!sheet) return fail(error);
     if (sheet->chordCount() == 0) return fail(path + " holds no chord symbols (<harmony>)");
@@ -152,7 +155,7 @@ int applyCommand(InvokeFn invoke, const ApplyOptions& a) {
     std::printf("Chords after:\n");
     printChords(*sheet, 1, sheet->staves(), 1, sheet->measures());
 
-    const std::string out = a.output.empty() ? stem(path) + ".capo.musicxml" : a.output;
+
     if (!sheet->write(out, &error)) return fail(error);
     std::printf("Wrote %s\n", out.c_str());
     return 0;

@@ -45,7 +45,7 @@ int usage() {
                  "                  [--capo N] [--distance X] [--label TEXT] [--no-label]\n"
                  "                  [--chord-flag] [--remove] [--cancel]\n"
                  "                  [--whole-document | --selection FIRST-LAST]\n"
-                 "       zemlo-host apply [SCORE.musicxml] [--bundle PATH] [--lang CODE] [--capo N]\n"
+                 "       zemlo-host apply [SCORE.musicxml|.mxl] [--bundle PATH] [--lang CODE] [--capo N]\n"
                  "                  [--distance X] [--unit evpus|inches|centimeters|points|picas|spaces]\n"
                  "                  [--label TEXT | --no-label] [--chord-flag] [--remove]\n"
                  "                  [--measures FIRST-LAST] [--staves FIRST-LAST] [-o OUT.musicxml]\n");

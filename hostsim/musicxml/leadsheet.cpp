@@ -9,6 +9,7 @@
 #include <libxml/tree.h>
 #include <libxml/xmlerror.h>
 #include <libxml/xmlsave.h>
+#include <zip.h>
 
 #include <algorithm>
 #include <cmath>
@@ -281,6 +282,51 @@ bool readFile(const std::string& path, std::string* data, std::string* error) {
 
 void quiet(void*, const char*, ...) {}
 
+// One entry of a zip archive, refused when it unpacks to more than the limit.
+bool readEntry(zip_t* z, const std::string& name, std::string* data) {
+    zip_file_t* f = zip_fopen(z, name.c_str(), 0);
+    if (!f) return false;
+    data->clear();
+    char buf[65536];
+    zip_int64_t n = 0;
+    while ((n = zip_fread(f, buf, sizeof buf)) > 0 && data->size() <= kMaxFileBytes)
+        data->append(buf, static_cast<size_t>(n));
+    zip_fclose(f);
+    return n >= 0 || data->size() > kMaxFileBytes;
+}
+
+// The score of a compressed MusicXML file: the first root file that
+// META-INF/container.xml names.
+bool unpack(const std::string& path, std::string* data, std::string* error) {
+    int code = 0;
+    zip_t* z = zip_open(path.c_str(), ZIP_RDONLY, &code);
+    if (!z) {
+        *error = path + " is not compressed MusicXML (not a zip archive)";
+        return false;
+    }
+    std::string container, score;
+    bool ok = readEntry(z, "META-INF/container.xml", &container);
+    if (ok) {
+        xmlDocPtr d = xmlReadMemory(container.data(), static_cast<int>(container.size()), "container.xml", nullptr,
+                                    XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
+        xmlNodePtr rootfile = child(child(d ? xmlDocGetRootElement(d) : nullptr, "rootfiles"), "rootfile");
+        score = rootfile ? attr(rootfile, "full-path") : "";
+        if (d) xmlFreeDoc(d);
+    }
+    ok = ok && !score.empty() && readEntry(z, score, data);
+    zip_close(z);
+    if (!ok) {
+        *error = path + " is not compressed MusicXML (no score named by META-INF/container.xml)";
+        return false;
+    }
+    if (data->size() > kMaxFileBytes) {
+        *error = path + " unpacks to more than " + std::to_string(kMaxFileBytes >> 20) +
+                 " MB; zemlo-host reads MusicXML files up to that";
+        return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 LeadSheet::LeadSheet() : xml_(new Xml) {}
@@ -289,10 +335,8 @@ LeadSheet::~LeadSheet() = default;
 std::unique_ptr<LeadSheet> LeadSheet::read(const std::string& path, std::string* error) {
     std::string data;
     if (!readFile(path, &data, error)) return nullptr;
-    if (path.size() > 4 && path.compare(path.size() - 4, 4, ".mxl") == 0) {
-        *error = path + " is compressed MusicXML (.mxl); zemlo-host reads uncompressed .musicxml files";
+    if (path.size() > 4 && path.compare(path.size() - 4, 4, ".mxl") == 0 && !unpack(path, &data, error))
         return nullptr;
-    }
     std::unique_ptr<LeadSheet> sheet(new LeadSheet);
     // No network, no external DTD, entities left as references; libxml2's
     // own limits on depth and entity amplification stay on.

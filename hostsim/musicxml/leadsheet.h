@@ -77,7 +77,7 @@ class LeadSheet {
     LeadSheet(const LeadSheet&) = delete;
     LeadSheet& operator=(const LeadSheet&) = delete;
 
-    // Reads and checks a file. Null with the reason in *error when it is
+    // Reads and checks a file (.mxl: the score inside the compressed file). Null with the reason in *error when it is
     // missing, too large, not well-formed, not a partwise score, or holds a
     // measure out of order or a <harmony> without a root.
     static std::unique_ptr<LeadSheet> read(const std::string& path, std::string* error);
