@@ -12,6 +12,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <map>
 #include <string>
 #include <vector>
@@ -219,6 +220,78 @@ TEST(RoundTrip, ReadAndWrittenWithoutTheCommandKeepsNotesChordsAndWords) {
         for (size_t i = 0; i < before.chords.size(); ++i) EXPECT_EQ(after.chords[i].xml, before.chords[i].xml);
         EXPECT_EQ(after.words, before.words);
         EXPECT_TRUE(after.capo.empty());
+    }
+}
+
+// Two chords at one onset (the second after a note, pulled back by its
+// offset), a third later, divisions 3 to the quarter.
+const std::string kTwoAtOnce =
+    "<?xml version=\"1.0\"?><score-partwise><part-list><score-part id=\"P1\"><part-name>V</part-name>"
+    "</score-part></part-list><part id=\"P1\"><measure number=\"1\"><attributes><divisions>3</divisions>"
+    "<key><fifths>-3</fifths></key></attributes>"
+    "<harmony default-y=\"10\"><root><root-step>E</root-step><root-alter>-1</root-alter></root>"
+    "<kind>major</kind></harmony><note><rest/><duration>3</duration></note>"
+    "<harmony><root><root-step>C</root-step></root><kind>minor-seventh</kind><bass><bass-step>G</bass-step>"
+    "</bass><offset>-3</offset></harmony>"
+    "<harmony><root><root-step>A</root-step><root-alter>-1</root-alter></root><kind>dominant</kind>"
+    "</harmony><note><rest/><duration>9</duration></note></measure></part></score-partwise>";
+
+TEST(Records, KeepTheChordInTheCopiedBytesAndTheOnsetInTheSiblingKeys) {
+    TempDir tmp;
+    writeFile(tmp.path() + "/in.musicxml", kTwoAtOnce);
+    hostsim::reset();
+    std::string error;
+    auto sheet = mx::LeadSheet::read(tmp.path() + "/in.musicxml", &error);
+    ASSERT_TRUE(sheet) << error;
+    sheet->build();
+    const auto chords = hostsim::score::chords(1, 1);
+    ASSERT_EQ(chords.size(), 3u);
+    struct Expected {
+        int16_t key1;
+        int32_t onset;
+        uint8_t bytes4[4];
+        uint8_t kind;
+        uint32_t harmony;
+        int16_t vertical;
+        const char *name, *shape;
+    } const expected[] = {
+        {0, 0, {2, 0xFF, 0, 0}, 0, 1, 24, "Eb", "D"},        // default-y 10 tenths
+        {1, 0, {0, 0, 5, 0}, 6, 2, 0, "Cm7/G", "Bm7/Gb"},    // at the same onset
+        {0, 960, {5, 0xFF, 0, 0}, 4, 3, 0, "Ab7", "G7"},     // a quarter later
+    };
+    for (size_t i = 0; i < 3; ++i) {
+        SCOPED_TRACE(i);
+        const auto& c = chords[i];
+        EXPECT_EQ(c.key1, expected[i].key1);
+        EXPECT_EQ(c.key2, 0);
+        const int32_t onset = c.key3;  // a packed field: copied before it is compared
+        EXPECT_EQ(onset, expected[i].onset);
+        EXPECT_EQ(std::memcmp(c.host4, expected[i].bytes4, 4), 0);
+        EXPECT_EQ(c.host10[0], expected[i].kind);
+        uint32_t harmony = 0;
+        std::memcpy(&harmony, c.host24, sizeof harmony);
+        EXPECT_EQ(harmony, expected[i].harmony);
+        EXPECT_EQ(c.vertical, expected[i].vertical);
+        EXPECT_FALSE(c.isCapo());
+        EXPECT_EQ(mx::chordName(c, -3), expected[i].name);
+    }
+    // Written with capo chords and read again: each capo chord carries its
+    // source's bytes and keys, so the two are siblings and no other pair is.
+    const std::string out = tmp.path() + "/out.musicxml";
+    ASSERT_EQ(zemloHost("'" + tmp.path() + "/in.musicxml' --capo 1 -o '" + out + "'", tmp.path()).status, 0);
+    hostsim::reset();
+    sheet = mx::LeadSheet::read(out, &error);
+    ASSERT_TRUE(sheet) << error;
+    sheet->build();
+    const auto again = hostsim::score::chords(1, 1);
+    ASSERT_EQ(again.size(), 6u);
+    for (size_t i = 0; i < 3; ++i) {
+        hostsim::score::ChordRecord capo = again[3 + i];
+        EXPECT_EQ(capo.capoBits, 0x0041);
+        EXPECT_EQ(mx::chordName(capo, -3), expected[i].shape);
+        capo.capoBits = 0;
+        capo.vertical = again[i].vertical;
+        EXPECT_EQ(std::memcmp(&capo, &again[i], sizeof capo), 0) << i;
     }
 }
 
