@@ -470,6 +470,7 @@ TEST(Apply, RefusesBadFilesAndOptionsWithOneMessageAndWritesNothing) {
         {"missing file", "", "'{dir}/absent.musicxml'", "no such file"},
         {"truncated XML", kHead + "<measure number=\"1\">" + kChord, "", "not well-formed XML"},
         {"not MusicXML", "<html><body/></html>", "", "not a partwise MusicXML score"},
+        {"its own entities", "<?xml version=\"1.0\"?><!DOCTYPE score-partwise [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;&a;&a;\">]>" + kHead.substr(21) + "<measure number=\"1\">" + kChord + "<note><rest/><duration>&b;</duration></note></measure></part></score-partwise>", "", "declares its own XML entities"},
         {"harmony without root", kHead + "<measure number=\"1\"><harmony><kind>major</kind></harmony>" + kNote + "</measure></part></score-partwise>", "", "without a root"},
         {"measure out of order", kHead + "<measure number=\"2\">" + kChord + kNote + "</measure><measure number=\"1\">" + kNote + "</measure></part></score-partwise>", "", "out of order"},
         {"no chords", kHead + "<measure number=\"1\">" + kNote + "</measure></part></score-partwise>", "", "no chord symbols"},

@@ -154,6 +154,16 @@ int applyCommand(InvokeFn invoke, const ApplyOptions& a) {
     std::printf("Result: %d (%s)\n", result, committed ? "edit committed" : "nothing changed");
     std::printf("Chords after:\n");
     printChords(*sheet, 1, sheet->staves(), 1, sheet->measures());
+    std::printf("Labels:\n");
+    bool labelled = false;
+    for (int staff = 1; staff <= sheet->staves(); ++staff)
+        for (int m = 1; m <= sheet->measures(); ++m)
+            for (const std::u16string& t : score::texts(static_cast<int16_t>(staff), static_cast<int16_t>(m))) {
+                std::printf("  %-10s m%-3d \"%s\"\n", sheet->partName(staff).substr(0, 10).c_str(), m,
+                            mx::plainText(t).c_str());
+                labelled = true;
+            }
+    if (!labelled) std::printf("  none\n");
 
 
     if (!sheet->write(out, &error)) return fail(error);

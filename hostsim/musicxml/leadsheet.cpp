@@ -196,7 +196,8 @@ std::u16string utf16(const std::string& s) {
     return out;
 }
 
-// A text block's raw text without the host's ^font(...)-style commands.
+}  // namespace
+
 std::string plainText(const std::u16string& raw) {
     std::u16string out;
     for (size_t i = 0; i < raw.size(); ++i) {
@@ -213,6 +214,8 @@ std::string plainText(const std::u16string& raw) {
     }
     return ui::utf8(out);
 }
+
+namespace {
 
 // The direction is a label candidate when it holds nothing but one <words>.
 xmlNodePtr labelWords(xmlNodePtr direction) {
@@ -358,6 +361,13 @@ std::unique_ptr<LeadSheet> LeadSheet::read(const std::string& path, std::string*
     }
     xmlFreeParserCtxt(ctxt);
 
+    // Entities are left unexpanded in the tree, but reading a text expands
+    // them: a file that declares its own could blow up there.
+    xmlDtdPtr subset = xmlGetIntSubset(sheet->xml_->doc);
+    if (subset && (subset->entities || subset->pentities)) {
+        *error = path + " declares its own XML entities; zemlo-host does not expand them";
+        return nullptr;
+    }
     xmlNodePtr root = xmlDocGetRootElement(sheet->xml_->doc);
     if (!is(root, "score-partwise")) {
         *error = path + " is not a partwise MusicXML score (its root element is <" +

@@ -69,6 +69,9 @@ const char* kindValue(int index);
 // The chord as a reader shows it ("Am7", "G/B"); a capo chord as its shape.
 std::string chordName(const score::ChordRecord& c, int fifths);
 
+// A text block's raw text without the host's ^font(...)-style commands, as UTF-8.
+std::string plainText(const std::u16string& raw);
+
 struct Harmony;
 
 class LeadSheet {
