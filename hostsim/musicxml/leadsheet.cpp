@@ -17,7 +17,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <set>
 #include <sstream>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -44,7 +43,8 @@ struct LeadSheet::Part {
     int capoFret = 0;
     // Capo chords read from the file or written: removed before every write.
     std::vector<xmlNodePtr> capoNodes;
-    std::vector<ChordRecord> capoRecords;  // read from the file: (measure, record)
+    // Capo chords read from the file, and the measure of each.
+    std::vector<ChordRecord> capoRecords;
     std::vector<int> capoMeasures;
     // Label directions by text block number.
     std::map<uint16_t, xmlNodePtr> labels;
@@ -104,9 +104,10 @@ bool number(const std::string& s, double* v) {
     return *end == 0 && std::isfinite(*v);
 }
 
+// Whole numbers beyond a billion (durations, frets, fifths) are not believed.
 long integer(xmlNodePtr n, long fallback) {
     double v = 0;
-    return number(text(n), &v) ? std::lround(v) : fallback;
+    return number(text(n), &v) && std::fabs(v) < 1e9 ? std::lround(v) : fallback;
 }
 
 // MusicXML tenths to EVPU: a staff space is 10 tenths and 24 EVPU.
