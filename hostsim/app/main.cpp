@@ -17,6 +17,9 @@
 #include <cstring>
 #include <string>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace {
 
 // The host's menu item record. The plug-in fills the first 772 bytes; the
@@ -41,7 +44,11 @@ int usage() {
                  "                  [--unit evpus|inches|centimeters|points|picas|spaces]\n"
                  "                  [--capo N] [--distance X] [--label TEXT] [--no-label]\n"
                  "                  [--chord-flag] [--remove] [--cancel]\n"
-                 "                  [--whole-document | --selection FIRST-LAST]\n");
+                 "                  [--whole-document | --selection FIRST-LAST]\n"
+                 "       zemlo-host apply [SCORE.musicxml|.mxl] [--bundle PATH] [--lang CODE] [--capo N]\n"
+                 "                  [--distance X] [--unit evpus|inches|centimeters|points|picas|spaces]\n"
+                 "                  [--label TEXT | --no-label] [--chord-flag] [--remove]\n"
+                 "                  [--measures FIRST-LAST] [--staves FIRST-LAST] [-o OUT.musicxml]\n");
     return 2;
 }
 
@@ -64,10 +71,14 @@ std::string printable(const uint16_t* units, size_t room) {
 int main(int argc, char** argv) {
     std::string bundle = hostsim::defaultBundlePath();
     const bool run = argc > 1 && !std::strcmp(argv[1], "run");
+    const bool apply = argc > 1 && !std::strcmp(argv[1], "apply");
     zemlo::RunOptions options;
-    for (int i = run ? 2 : 1; i < argc; ++i) {
+    zemlo::ApplyOptions applyOptions;
+    for (int i = run || apply ? 2 : 1; i < argc; ++i) {
         std::string error;
         if (run && zemlo::parseRunOption(argc, argv, &i, &options, &error)) {
+            continue;
+        } else if (apply && zemlo::parseApplyOption(argc, argv, &i, &applyOptions, &error)) {
             continue;
         } else if (!error.empty()) {
             std::fprintf(stderr, "zemlo-host: %s\n", error.c_str());
@@ -88,6 +99,16 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "zemlo-host: cannot load %s: %s\n", bundle.c_str(), plugin.error().c_str());
         return 1;
     }
+    // apply speaks of the score only; the plug-in's start-up and end go unreported.
+    const int console = apply ? dup(STDOUT_FILENO) : -1;
+    auto report = [console](bool on) {
+        if (console < 0) return;
+        std::fflush(stdout);
+        const int target = on ? console : open("/dev/null", O_WRONLY);
+        dup2(target, STDOUT_FILENO);
+        if (!on) close(target);
+    };
+    report(false);
     std::printf("Loaded plug-in %s\n", plugin.imagePath().c_str());
     // The plug-in's dialogs are described in its own bundle.
     hostsim::ui::setDialogFolder(plugin.bundlePath() + "/Contents/Resources");
@@ -131,7 +152,10 @@ int main(int argc, char** argv) {
         std::printf("  status: %d\n", status(static_cast<int16_t>(items)));
     }
     std::printf("Menu items: %d\n", items);
-    const int ran = run && items > 0 ? zemlo::runCommand(invoke, options) : 0;
+    report(true);
+    int ran = run && items > 0 ? zemlo::runCommand(invoke, options) : 0;
+    if (apply) ran = items > 0 ? zemlo::applyCommand(invoke, applyOptions) : 1;
+    report(false);
     if (run) std::printf("\n");
     terminate(nullptr);
     std::printf("Terminated\n");

@@ -110,6 +110,20 @@ const char* alertName(uint16_t kind) {
     }
 }
 
+bool measureRange(const char* text, int16_t* first, int16_t* last) {
+    char* end = nullptr;
+    long a = std::strtol(text, &end, 10);
+    if (end == text || *end != '-') return false;
+    const char* second = end + 1;
+    long b = std::strtol(second, &end, 10);
+    if (end == second || *end || a < 1 || b < a || b > 32767) return false;
+    *first = static_cast<int16_t>(a);
+    *last = static_cast<int16_t>(b);
+    return true;
+}
+
+}  // namespace
+
 // What the user does in the dialog, from the options.
 std::vector<ui::Step> dialogScript(const RunOptions& o, std::string* shown, std::string* confirmed) {
     std::vector<ui::Step> steps;
@@ -125,19 +139,10 @@ std::vector<ui::Step> dialogScript(const RunOptions& o, std::string* shown, std:
     return steps;
 }
 
-bool measureRange(const char* text, int16_t* first, int16_t* last) {
-    char* end = nullptr;
-    long a = std::strtol(text, &end, 10);
-    if (end == text || *end != '-') return false;
-    const char* second = end + 1;
-    long b = std::strtol(second, &end, 10);
-    if (end == second || *end || a < 1 || b < a || b > 32767) return false;
-    *first = static_cast<int16_t>(a);
-    *last = static_cast<int16_t>(b);
-    return true;
+void setUnitByName(const std::string& unit) {
+    int16_t code = 0;
+    if (!unit.empty() && unitCode(unit, &code)) setUnit(code);
 }
-
-}  // namespace
 
 bool parseRunOption(int argc, char** argv, int* i, RunOptions* o, std::string* error) {
     const std::string arg = argv[*i];

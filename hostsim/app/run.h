@@ -5,6 +5,9 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
+
+#include "hostsim/ui.h"
 
 namespace zemlo {
 
@@ -29,6 +32,25 @@ struct RunOptions {
 bool parseRunOption(int argc, char** argv, int* i, RunOptions* o, std::string* error);
 
 using InvokeFn = int16_t (*)(void* parent, int16_t menuItem, void* selection, void* wholeDocument);
+
+// A MusicXML lead sheet for `apply`: the run's answers, the selection and
+// where the result goes.
+struct ApplyOptions {
+    RunOptions run;
+    std::string score;   // empty: the bundled sample lead sheet
+    std::string output;  // empty: <score's name>.capo.musicxml here
+    int firstMeasure = 0, lastMeasure = 0;  // 0: all
+    int firstStaff = 0, lastStaff = 0;
+};
+
+bool parseApplyOption(int argc, char** argv, int* i, ApplyOptions* a, std::string* error);
+// Reads the lead sheet, runs the command once on it and writes the result;
+// nothing is written unless the run went through. 0 on success.
+int applyCommand(InvokeFn invoke, const ApplyOptions& a);
+
+// The dialog steps that give the options' answers, and the unit preference.
+std::vector<hostsim::ui::Step> dialogScript(const RunOptions& o, std::string* shown, std::string* confirmed);
+void setUnitByName(const std::string& unit);
 
 // Opens the score, runs the command once through `invoke` and prints what
 // happened. 0 when the run went through without a fault of the plug-in.

@@ -1,0 +1,115 @@
+// Chord fields in the record bytes, spelling and chord names.
+#include "leadsheet.h"
+
+#include <cstddef>
+#include <cstring>
+
+namespace hostsim {
+namespace musicxml {
+namespace {
+
+using score::ChordRecord;
+
+// The copied bytes as the record lays them out.
+static_assert(offsetof(ChordRecord, host4) == 4 && sizeof(ChordRecord::host4) == 4, "bytes 4-7");
+static_assert(offsetof(ChordRecord, host10) == 10 && sizeof(ChordRecord::host10) == 6, "bytes 10-15");
+static_assert(offsetof(ChordRecord, key3) == 20, "onset key");
+static_assert(offsetof(ChordRecord, host24) == 24 && sizeof(ChordRecord::host24) == 6, "bytes 24-29");
+static_assert(kRootStepByte >= 4 && kBassAlterByte <= 7 && kKindByte >= 10 && kKindByte <= 15 &&
+                  kHarmonyByte >= 24 && kHarmonyByte + 4 <= 30,
+              "chord fields lie in bytes a capo chord copies");
+
+uint8_t* at(ChordRecord& c, size_t offset) { return reinterpret_cast<uint8_t*>(&c) + offset; }
+const uint8_t* at(const ChordRecord& c, size_t offset) {
+    return reinterpret_cast<const uint8_t*>(&c) + offset;
+}
+
+struct Kind {
+    const char* value;
+    const char* suffix;
+};
+const Kind kKinds[] = {
+    {"major", ""}, {"minor", "m"}, {"augmented", "+"}, {"diminished", "dim"}, {"dominant", "7"},
+    {"major-seventh", "maj7"}, {"minor-seventh", "m7"}, {"diminished-seventh", "dim7"},
+    {"augmented-seventh", "+7"}, {"half-diminished", "m7b5"}, {"major-minor", "m(maj7)"},
+    {"major-sixth", "6"}, {"minor-sixth", "m6"}, {"dominant-ninth", "9"}, {"major-ninth", "maj9"},
+    {"minor-ninth", "m9"}, {"dominant-11th", "11"}, {"major-11th", "maj11"}, {"minor-11th", "m11"},
+    {"dominant-13th", "13"}, {"major-13th", "maj13"}, {"minor-13th", "m13"},
+    {"suspended-second", "sus2"}, {"suspended-fourth", "sus4"}, {"Neapolitan", "N6"},
+    {"Italian", "It+6"}, {"French", "Fr+6"}, {"German", "Ger+6"}, {"pedal", "ped"},
+    {"power", "5"}, {"Tristan", "Tristan"}, {"other", ""}, {"none", "N.C."},
+};
+constexpr int kOther = 31;
+constexpr int kKindCount = static_cast<int>(sizeof kKinds / sizeof kKinds[0]);
+
+const int kNatural[7] = {0, 2, 4, 5, 7, 9, 11};
+// Spellings of the twelve pitch classes, with sharps and with flats.
+const Pitch kSharps[12] = {{0, 0}, {0, 1}, {1, 0}, {1, 1}, {2, 0}, {3, 0},
+                           {3, 1}, {4, 0}, {4, 1}, {5, 0}, {5, 1}, {6, 0}};
+const Pitch kFlats[12] = {{0, 0}, {1, -1}, {1, 0}, {2, -1}, {2, 0}, {3, 0},
+                          {4, -1}, {4, 0}, {5, -1}, {5, 0}, {6, -1}, {6, 0}};
+
+}  // namespace
+
+int kindIndex(const std::string& value) {
+    for (int i = 0; i < kKindCount; ++i)
+        if (value == kKinds[i].value) return i;
+    return kOther;
+}
+
+const char* kindValue(int index) { return kKinds[index >= 0 && index < kKindCount ? index : kOther].value; }
+
+ChordFields fieldsOf(const ChordRecord& c) {
+    ChordFields f;
+    f.rootStep = *at(c, kRootStepByte);
+    f.rootAlter = static_cast<int8_t>(*at(c, kRootAlterByte));
+    f.bassStep = *at(c, kBassStepByte) - 1;
+    f.bassAlter = static_cast<int8_t>(*at(c, kBassAlterByte));
+    f.kind = *at(c, kKindByte);
+    f.onset = c.key3;
+    std::memcpy(&f.harmony, at(c, kHarmonyByte), sizeof f.harmony);
+    return f;
+}
+
+void setFields(ChordRecord& c, const ChordFields& f) {
+    *at(c, kRootStepByte) = static_cast<uint8_t>(f.rootStep);
+    *at(c, kRootAlterByte) = static_cast<uint8_t>(static_cast<int8_t>(f.rootAlter));
+    *at(c, kBassStepByte) = static_cast<uint8_t>(f.bassStep + 1);
+    *at(c, kBassAlterByte) = static_cast<uint8_t>(static_cast<int8_t>(f.bassAlter));
+    *at(c, kKindByte) = static_cast<uint8_t>(f.kind);
+    c.key3 = f.onset;
+    std::memcpy(at(c, kHarmonyByte), &f.harmony, sizeof f.harmony);
+}
+
+int pitchClass(Pitch p) { return ((kNatural[p.step % 7] + p.alter) % 12 + 12) % 12; }
+
+Pitch spell(int pc, int fifths) {
+    const int i = (pc % 12 + 12) % 12;
+    return fifths >= 0 ? kSharps[i] : kFlats[i];
+}
+
+Pitch fingered(Pitch p, int fret, int fifths) { return spell(pitchClass(p) - fret, fifths); }
+
+std::string noteName(Pitch p) {
+    std::string s(1, "CDEFGAB"[p.step % 7]);
+    for (int a = p.alter; a > 0; --a) s += '#';
+    for (int a = p.alter; a < 0; ++a) s += 'b';
+    return s;
+}
+
+std::string chordName(const ChordRecord& c, int fifths) {
+    const ChordFields f = fieldsOf(c);
+    const int fret = c.isCapo() ? c.fret() : 0;
+    Pitch root{f.rootStep, f.rootAlter};
+    if (fret) root = fingered(root, fret, fifths);
+    std::string name = noteName(root) + kKinds[f.kind < kKindCount ? f.kind : kOther].suffix;
+    if (f.bassStep >= 0) {
+        Pitch bass{f.bassStep, f.bassAlter};
+        if (fret) bass = fingered(bass, fret, fifths);
+        name += "/" + noteName(bass);
+    }
+    return name;
+}
+
+}  // namespace musicxml
+}  // namespace hostsim
