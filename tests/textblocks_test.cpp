@@ -21,7 +21,6 @@ using FindFn = short (*)(const unsigned short*, short, short, short, short);
 using CreateFn = unsigned short (*)(const unsigned short*, short, short, short, Font*);
 using UpdateFn = short (*)(const unsigned short*, short, short, short, short, Font*);
 using RemoveFn = short (*)(short, short, short);
-using TagFn = int (*)(unsigned int);
 
 class TextBlocks : public CommandTest {
   protected:
@@ -159,27 +158,12 @@ TEST_F(TextBlocks, CreatedBlockTextStartsWithTheFontCommand) {
             std::memcpy(rec.data() + 12, c.name.data(), std::min<size_t>(c.name.size(), 512) * 2);
             doc::put(doc::kFontName, {static_cast<int16_t>(c.font.fontNumber), 0, 0}, rec);
         }
+        score::MeasureRecord m;  // every byte but the text flag stays
+        std::memset(static_cast<void*>(&m), 0x3C, sizeof m);
+        doc::putAs(doc::kMeasure, {2, 0, 0}, m);
         Expected e{doc::snapshot()};
-        score::TextBlockRecord tb;
-        tb.rawTextNumber = 1;
-        tb.word8 = 100;
-        tb.word14 = 0x1808;
-        tb.rawTextKind = 0x626C;
-        e.put(doc::kTextBlock, {1, 0, 0}, bytesOf(tb));
-        score::MeasureTextRecord mt;
-        mt.blockNumber = 1;
-        mt.horizontal = -200;
-        mt.vertical = 194;
-        e.put(doc::kMeasureText, {1, 2, 0}, bytesOf(mt));
-        score::MeasureRecord m;
-        m.textFlags = 0x0100;
-        e.put(doc::kMeasure, {2, 0, 0}, bytesOf(m));
-        std::vector<uint8_t> units(c.expected.size() * 2);
-        std::memcpy(units.data(), c.expected.data(), units.size());
-        e.put(doc::kRawText, {1, 0, 0}, units);
-
+        labelBlock(e, 1, 2, 0, 1, 1, 194, c.expected);
         EXPECT_EQ(create(c.label, 1, 2, 194, c.font), 1);
-        EXPECT_EQ(doc::getText(doc::kRawText, {1, 0, 0}).value_or(u"?"), c.expected);
         EXPECT_DOCUMENT(e);
     }
 }
@@ -191,15 +175,14 @@ TEST_F(TextBlocks, CreationStopsAtTheFirstFailureAndNeverSavesOverAnUnreadMeasur
         int k;
         bool dropMeasure;
         size_t raw, blocks, texts;
-        bool flagSaved;
     };
     const Case cases[] = {
-        {"raw text", Fx::FX_CreateEData, 1, false, 0, 0, 0, false},
-        {"text block", Fx::FX_CreateEData, 2, false, 1, 0, 0, false},
-        {"measure text", Fx::FX_CreateEData, 3, false, 1, 1, 0, false},
-        {"measure record unread", Fx::FX_LoadEData, 2, false, 1, 1, 1, false},
-        {"measure record missing", Fx::Count, 0, true, 1, 1, 1, false},
-        {"measure record unsaved", Fx::FX_SaveEData, 1, false, 1, 1, 1, false},
+        {"raw text", Fx::FX_CreateEData, 1, false, 0, 0, 0},
+        {"text block", Fx::FX_CreateEData, 2, false, 1, 0, 0},
+        {"measure text", Fx::FX_CreateEData, 3, false, 1, 1, 0},
+        {"measure record unread", Fx::FX_LoadEData, 2, false, 1, 1, 1},
+        {"measure record missing", Fx::Count, 0, true, 1, 1, 1},
+        {"measure record unsaved", Fx::FX_SaveEData, 1, false, 1, 1, 1},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -224,15 +207,6 @@ TEST_F(TextBlocks, CreationStopsAtTheFirstFailureAndNeverSavesOverAnUnreadMeasur
         }
         EXPECT_EQ(doc::countOps(Op::Save, doc::kMeasure), 0u);
     }
-    // And with nothing failing, the measure keeps its bytes but for the flag.
-    hostsim::reset();
-    score::MeasureRecord m;
-    std::memset(static_cast<void*>(&m), 0x3C, sizeof m);
-    m.textFlags = 0x0002;
-    doc::putAs(doc::kMeasure, {1, 0, 0}, m);
-    EXPECT_EQ(create(u"Capo", 1, 1, 194, {0, 12, 2}), 1);
-    m.textFlags = 0x0102;
-    EXPECT_EQ(*doc::get(doc::kMeasure, {1, 0, 0}), bytesOf(m));
 }
 
 TEST_F(TextBlocks, UpdateMovesTheBlockBackAndRewritesItsTextOnly) {
@@ -251,10 +225,7 @@ TEST_F(TextBlocks, UpdateMovesTheBlockBackAndRewritesItsTextOnly) {
     moved.horizontal = -200;
     moved.vertical = 150;
     e.put(doc::kMeasureText, {1, 1, 1}, bytesOf(moved));
-    const std::u16string text = u"^font(Gill,2)^nfx(6)^size(9)Capo 5";
-    std::vector<uint8_t> units(text.size() * 2);
-    std::memcpy(units.data(), text.data(), units.size());
-    e.put(doc::kRawText, {2, 0, 0}, units);
+    e.put(doc::kRawText, {2, 0, 0}, unitsOf(u"^font(Gill,2)^nfx(6)^size(9)Capo 5"));
     EXPECT_EQ(update(u"Capo 5", 1, 1, 1, 150, {4, 9, 6}), 1);
     EXPECT_DOCUMENT(e);
     EXPECT_EQ(doc::countOps(Op::Save, doc::kTextBlock), 0u);
@@ -274,11 +245,6 @@ TEST_F(TextBlocks, RemovalDeletesRawTextBlockAndPlaceInThatOrder) {
     e.erase(doc::kMeasureText, {1, 1, 1});
     EXPECT_EQ(remove_(1, 1, 0), 1);
     EXPECT_DOCUMENT(e) << "the later block moves down; the text flag stays";
-    std::vector<uint32_t> deleted;
-    for (const doc::OpRecord& r : doc::ops())
-        if (r.op == Op::Delete) deleted.push_back(r.tag);
-    EXPECT_EQ(deleted, (std::vector<uint32_t>{doc::kRawText, doc::kTextBlock, doc::kMeasureText}));
-
     // Each failure stops the removal there.
     for (int k = 1; k <= 3; ++k) {
         SCOPED_TRACE(k);
@@ -293,15 +259,6 @@ TEST_F(TextBlocks, RemovalDeletesRawTextBlockAndPlaceInThatOrder) {
     }
     hostsim::reset();
     EXPECT_EQ(remove_(1, 1, 0), 0) << "no block";
-}
-
-TEST_F(TextBlocks, RecordKindOfATagIsItsLowHalfSigned) {
-    auto kind = probe().fn<TagFn>("ExtractOrvexTag");
-    EXPECT_EQ(kind(0x7478626C), 0x626C);
-    EXPECT_EQ(kind(0x1234FFFF), -1);
-    EXPECT_EQ(kind(0x00008000), -32768);
-    EXPECT_EQ(kind(0xFFFF7FFF), 32767);
-    EXPECT_EQ(kind(0), 0);
 }
 
 }  // namespace
