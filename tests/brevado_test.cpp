@@ -155,9 +155,8 @@ TEST_F(Brevado, FretOutsideOneToSixtyThreeOrNoRegionDoesNothing) {
         Expected e{doc::snapshot()};
         if (c.result && c.remove) e.erase(doc::kChord, {1, 1, 1});
         else if (c.result) e.chord(1, 1, 1, capoOf(a, c.fret, 69, false));
-        Args args;
+        Args args = c.remove ? Args::removal() : Args{};
         args.fret = c.fret;
-        args.remove = c.remove;
         score::Region r = s.whole();
         short count = 0;
         EXPECT_EQ(run(c.region ? &r : nullptr, args, &count), c.result);
@@ -180,10 +179,8 @@ TEST_F(Brevado, RemovalDeletesCapoChordsInARowAndLeavesOrdinaryOnes) {
     e.erase(doc::kChord, {2, 2, 1});
     e.erase(doc::kChord, {2, 2, 2});
     e.chord(2, 2, 0, c);
-    Args args;
-    args.remove = true;
     short count = 0;
-    EXPECT_EQ(run(s.whole(), args, &count), 1);
+    EXPECT_EQ(run(s.whole(), Args::removal(), &count), 1);
     EXPECT_EQ(count, 4);
     EXPECT_DOCUMENT(e);
 }
@@ -206,10 +203,8 @@ TEST_F(Brevado, RemovalThatFindsOnlyLabelBlocksAnswersZero) {
     e.erase(doc::kMeasureText, {1, 1, 0});
     e.erase(doc::kMeasureText, {2, 1, 0});
     e.erase(doc::kMeasureText, {2, 2, 0});
-    Args args;
-    args.remove = true;
     short count = 0;
-    EXPECT_EQ(run(s.whole(), args, &count), 0);
+    EXPECT_EQ(run(s.whole(), Args::removal(), &count), 0);
     EXPECT_EQ(count, 0);
     EXPECT_DOCUMENT(e) << "text flags stay set";
 }
@@ -224,16 +219,9 @@ TEST_F(Brevado, RemovalAtACapoChordLooksForTheLabelTextInItsStaffMeasure) {
     e.erase(doc::kChord, {1, 2, 1});
     e.erase(doc::kRawText, {1, 0, 0});
     e.erase(doc::kTextBlock, {1, 0, 0});
+    e.put(doc::kMeasureText, {1, 2, 0}, e.d.records.at({doc::kMeasureText, {1, 2, 1}}));  // moved down
     e.erase(doc::kMeasureText, {1, 2, 1});
-    score::MeasureTextRecord kept;
-    kept.blockNumber = 2;
-    kept.horizontal = 100;
-    kept.vertical = -40;
-    e.put(doc::kMeasureText, {1, 2, 0}, bytesOf(kept));
-    Args args;
-    args.remove = true;
-    args.label = u"a 3 a";
-    EXPECT_EQ(run(s.whole(), args), 1);
+    EXPECT_EQ(run(s.whole(), Args::removal(u"a 3 a")), 1);
     EXPECT_DOCUMENT(e);
 }
 
@@ -252,11 +240,8 @@ TEST_F(Brevado, LabelGoesToTheFirstMeasureOfEveryStaffEvenWhenChordsComeLater) {
     labelBlock(e, 9, 1, 0, 3, 3, 64 + kBaseline, text);
     e.chord(7, 3, 2, capoOf(a, 3, 74, false));
     e.chord(7, 3, 3, capoOf(chordSymbol(240, 12, 0x22), 3, 76, false));
-    Args args;
-    args.showLabel = true;
-    score::Region r = score::region(1, 1, 3, 4);
     short count = 0;
-    EXPECT_EQ(run(r, args, &count), 1);
+    EXPECT_EQ(run(score::region(1, 1, 3, 4), Args::labelled(), &count), 1);
     EXPECT_EQ(count, 2) << "label blocks do not count";
     EXPECT_DOCUMENT(e);
     EXPECT_EQ(doc::countOps(Op::Create, doc::kTextBlock), 3u) << "written once, at the first chord";
@@ -311,9 +296,7 @@ TEST_F(Brevado, SecondRunFindsItsLabelByTextOrByPosition) {
     e.put(doc::kRawText, {2, 0, 0}, unitsOf(text));
     labelBlock(e, 3, 1, 1, 4, 4, baseline, text);
     e.chord(1, 1, 1, capoOf(chordSymbol(0, 10), 3, 74, false));
-    Args args;
-    args.showLabel = true;
-    EXPECT_EQ(run(s.whole(), args), 1);
+    EXPECT_EQ(run(s.whole(), Args::labelled()), 1);
     EXPECT_DOCUMENT(e);
 }
 
@@ -345,9 +328,7 @@ TEST_F(Brevado, LabelFontComesFromDefinitionFourteenOrTimesNewRoman) {
         doc::put(doc::kFontDefinition, {13, 0, 0}, def(3, 99, 0x10));  // not ours
         score::Score s(1, 1);
         s.chord(1, 1, chordSymbol(0, 10));
-        Args args;
-        args.showLabel = true;
-        EXPECT_EQ(run(s.whole(), args), 1);
+        EXPECT_EQ(run(s.whole(), Args::labelled()), 1);
         EXPECT_EQ(score::texts(1, 1), std::vector<std::u16string>{c.expected});
     }
 }
@@ -417,10 +398,8 @@ TEST_F(Brevado, HostWithoutFunctionsGetsTheirFixedAnswers) {
         score::Score s(1, 1);
         s.chord(1, 1, chordSymbol(0, 10));
         score::Region r = s.whole();
-        Args args;
-        args.showLabel = true;
         short count = 0;
-        EXPECT_EQ(run(&r, args, &count, fresh.fn<BrevadoFn>("Brevado")), c.result);
+        EXPECT_EQ(run(&r, Args::labelled(), &count, fresh.fn<BrevadoFn>("Brevado")), c.result);
         EXPECT_EQ(count, c.result);
         EXPECT_EQ(score::texts(1, 1), c.label);
         ASSERT_EQ(ui::progress().size(), 1u);
@@ -428,6 +407,7 @@ TEST_F(Brevado, HostWithoutFunctionsGetsTheirFixedAnswers) {
         EXPECT_EQ(ui::progress()[0].cancelled, c.result ? 0 : 1);
     }
 }
+
 TEST_F(Brevado, FailedAppendIsNotCountedAndTheAppendIndexStillAdvances) {
     score::Score s(1, 1);
     const ChordRecord a = chordSymbol(0, 10), b = chordSymbol(240, 20, 0x21), c = chordSymbol(480, 30, 0x31);
@@ -463,8 +443,7 @@ TEST_F(Brevado, FailedUpdateOrDeleteIsNotCountedAndTheWalkGoesOn) {
         if (c.remove) e.erase(doc::kChord, {1, 1, 3});
         else e.chord(1, 1, 3, capoOf(b, 3, 84, false));
         hostsim::failCall(c.fx, 1);
-        Args args;
-        args.remove = c.remove;
+        const Args args = c.remove ? Args::removal() : Args{};
         short count = 0;
         EXPECT_EQ(run(s.whole(), args, &count), 1);
         EXPECT_EQ(count, 1);

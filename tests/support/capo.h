@@ -26,7 +26,6 @@ namespace score = hostsim::score;
 namespace ui = hostsim::ui;
 
 using BrevadoFn = short (*)(void*, short, short, short, unsigned short*, short, short, short*);
-using SiblingFn = short (*)(void*, score::ChordRecord, score::ChordRecord*);
 
 // A chord symbol whose bytes the command must carry over unchanged: the
 // host's own bytes, flag bits and capo bits 7 to 15 are all marked.
@@ -114,6 +113,17 @@ struct Args {
     const char16_t* label = u"Capo 3";
     bool chordFlag = false;
     bool remove = false;
+    static Args removal(const char16_t* label = u"Capo 3") {
+        Args a;
+        a.remove = true;
+        a.label = label;
+        return a;
+    }
+    static Args labelled() {
+        Args a;
+        a.showLabel = true;
+        return a;
+    }
 };
 
 // A fresh copy of the test image per test, bound as the host binds the
