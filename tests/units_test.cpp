@@ -196,16 +196,6 @@ TEST_F(Units, DecimalTextsRefusedLeaveTheRecord) {
     EXPECT_EQ(parse(two, nullptr), 0);
 }
 
-TEST_F(Units, DigitsAreTheTenAsciiDigitsOnly) {
-    for (const char* name : {"isdigit", "iswdigit"}) {
-        auto digit = p_.fn<int (*)(int)>(name);
-        for (int c = '0'; c <= '9'; ++c) EXPECT_NE(digit(c), 0) << name << " " << c;
-        for (int c : std::initializer_list<int>{-1, -208, 0, '/', ':', 'a', ' ', 0xB2, 0xB9, 0xFF, 0x100 + '0', 0x660, 0xFF10,
-                      INT32_MIN, INT32_MAX})
-            EXPECT_EQ(digit(c), 0) << name << " " << c;
-    }
-}
-
 // The names of codes 1 to 6 show in the dialog's caption; any other code
 // shares the EVPU name and buffer, and every call fetches the name anew.
 TEST_F(Units, UnitNamesFromTheStringTable) {
