@@ -49,17 +49,22 @@ class TextBlocks : public CommandTest {
 
 std::u16string letters(size_t n, char16_t c = u'a') { return std::u16string(n, c); }
 
+// The raw text is read up to 256 units and always ends inside the buffer: a
+// text filling the whole limit runs off no end (the sanitizer would tell). A
+// block that cannot be read ends the search, even when a later one matches.
 TEST_F(TextBlocks, FindByPositionOrByTextFirstInIndexOrder) {
     struct Block {
         int16_t h, v;
-        const char16_t* text;
+        std::u16string text;
     };
     struct Case {
         const char* what;
         std::vector<Block> blocks;
-        const char16_t* search;
+        std::u16string search;
         short expected;
+        uint32_t unreadable = 0;  // the kind of record of block 1 that cannot be read
     };
+    const std::u16string capoAt256 = letters(252) + u"Capo" + letters(40, u'z');
     const Case cases[] = {
         {"no measure texts", {}, u"Capo", -1},
         {"user's block first, ours second", {{0, 0, u"Allegro"}, {-200, 194, u"x"}}, u"Capo", 1},
@@ -71,6 +76,13 @@ TEST_F(TextBlocks, FindByPositionOrByTextFirstInIndexOrder) {
         {"first of two matches", {{5, 5, u"Capo"}, {-200, 194, u"y"}}, u"Capo", 0},
         {"empty search text: position only", {{5, 5, u"Capo"}, {-200, 194, u""}}, u"", 1},
         {"empty search text, no position", {{5, 5, u"Capo"}}, u"", -1},
+        {"text ending on the 256th unit", {{5, 5, capoAt256}}, u"Capo", 0},
+        {"text ending on the 257th unit", {{5, 5, u"a" + capoAt256}}, u"Capo", -1},
+        {"full buffer, longer search", {{5, 5, letters(256)}}, letters(256) + u"b", -1},
+        {"full buffer, whole search", {{5, 5, letters(256)}}, letters(256), 0},
+        {"text block unreadable", {{0, 0, u"x"}, {5, 5, u"Capo"}}, u"Capo", -1, doc::kTextBlock},
+        {"raw text unreadable", {{0, 0, u"x"}, {5, 5, u"Capo"}}, u"Capo", -1, doc::kRawText},
+        {"position test needs neither", {{-200, 194, u"x"}}, u"Capo", 0, doc::kRawText},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -78,44 +90,11 @@ TEST_F(TextBlocks, FindByPositionOrByTextFirstInIndexOrder) {
         score::Score s(2, 2);
         for (const Block& b : c.blocks) s.textBlock(2, 2, b.h, b.v, b.text);
         s.textBlock(1, 2, -200, 194, u"Capo");  // another staff
+        if (c.unreadable) doc::erase(c.unreadable, {1, 0, 0});
         const doc::Document before = doc::snapshot();
         EXPECT_EQ(find(c.search, 2, 2, -200, 194), c.expected);
         EXPECT_EQ(doc::difference(before, doc::snapshot()), "") << "a search changes nothing";
     }
-}
-
-TEST_F(TextBlocks, UnreadableBlockEndsTheSearch) {
-    for (uint32_t missing : {doc::kTextBlock, doc::kRawText}) {
-        SCOPED_TRACE(doc::tagName(missing));
-        hostsim::reset();
-        score::Score s(1, 1);
-        s.textBlock(1, 1, 0, 0, u"first").textBlock(1, 1, 0, 0, u"Capo");
-        doc::erase(missing, {1, 0, 0});
-        EXPECT_EQ(find(u"Capo", 1, 1, -200, 194), -1) << "even though a later block matches";
-        EXPECT_EQ(find(u"Capo", 1, 1, 0, 0), 0) << "the position test needs neither";
-    }
-}
-
-TEST_F(TextBlocks, RawTextIsReadUpToTheLimitAndAlwaysEnds) {
-    struct Case {
-        size_t fill;
-        short expected;
-    };
-    // "Capo" placed so that its last unit is the 256th, then the 257th.
-    for (const Case& c : {Case{252, 0}, Case{253, -1}}) {
-        SCOPED_TRACE(c.fill);
-        hostsim::reset();
-        score::Score s(1, 1);
-        s.textBlock(1, 1, 0, 0, letters(c.fill) + u"Capo" + letters(40, u'z'));
-        EXPECT_EQ(find(u"Capo", 1, 1, -200, 194), c.expected);
-    }
-    // A text that fills the whole limit without a terminator ends inside the
-    // buffer: the search runs off no end (the sanitizer would tell).
-    hostsim::reset();
-    score::Score s(1, 1);
-    s.textBlock(1, 1, 0, 0, letters(256));
-    EXPECT_EQ(find(letters(256) + u"b", 1, 1, -200, 194), -1);
-    EXPECT_EQ(find(letters(256), 1, 1, -200, 194), 0);
 }
 
 // The raw text of a block: the font command from the font given, its name
