@@ -50,11 +50,6 @@ class SettingsDialog : public ::testing::Test {
         s.capoFret = fret;
         return s;
     }
-    static bool enabled(const ui::DialogRun& r, int16_t control) {
-        const ui::Control* c = r.control(control);
-        EXPECT_NE(c, nullptr) << control;
-        return c && c->enabled;
-    }
 
     Locale english_{"en_US.UTF-8"};
     Probe p_;
@@ -81,15 +76,8 @@ TEST_F(SettingsDialog, DefaultsShownInEachUnit) {
         bool peeked = false;
         const ui::DialogRun& r = show(s, {ui::peek([&](const ui::DialogRun& open) {
             peeked = true;
-            EXPECT_EQ(open.text8(4), "1");
-            EXPECT_EQ(open.control(4)->value, 1);
             EXPECT_EQ(open.text8(6), c.distance);
             EXPECT_EQ(open.text8(7), c.caption);
-            EXPECT_EQ(open.control(9)->value, 1);
-            EXPECT_EQ(open.text8(10), "Capo 1");
-            EXPECT_EQ(open.control(8)->value, 0);
-            EXPECT_EQ(open.control(11)->value, 0);
-            for (int16_t n : {4, 6, 8, 9, 10, 11}) EXPECT_TRUE(enabled(open, n)) << n;
             EXPECT_EQ(open.focused, 4);
         })});
         EXPECT_TRUE(peeked);
@@ -102,47 +90,11 @@ TEST_F(SettingsDialog, DefaultsShownInEachUnit) {
     }
 }
 
-// The label box off leaves the label field disabled; stored switches show.
-TEST_F(SettingsDialog, StoredSwitchesShow) {
-    CapoSettings s = labelled(u"Kapo 2", 2);
-    s.showLabel = 0;
-    s.setChordFlag = 1;
-    s.vertOffset = 130;
-    putUnitPreference(2);
-    const ui::DialogRun& r = show(s, {});
-    EXPECT_EQ(r.control(9)->value, 0);
-    EXPECT_FALSE(enabled(r, 10));
-    EXPECT_EQ(r.control(8)->value, 1);
-    EXPECT_EQ(r.text8(4), "2");
-    EXPECT_EQ(r.text8(6), "0.451");
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-}
-
 // ---- The fret and the label -----------------------------------------------
 
-TEST_F(SettingsDialog, FretZeroIsRefusedAndTheFocusGoesBack) {
-    for (const char* zero : {"0", "65536", "00"}) {
-        SCOPED_TRACE(zero);
-        CapoSettings s = labelled(u"Capo 3", 3);
-        const ui::DialogRun& r = show(s, {ui::type(10, "Capo 3 here"), ui::type(4, zero),
-                                          ui::peek([&s](const ui::DialogRun& open) {
-                                              EXPECT_EQ(open.text8(4), "3");
-                                              EXPECT_EQ(s.capoFret, 3);
-                                              EXPECT_EQ(labelOf(s), u"Capo 3") << "not read";
-                                              EXPECT_EQ(open.focused, 4);
-                                              ASSERT_FALSE(open.focus.empty());
-                                              EXPECT_EQ(open.focus.back().source, ui::Source::Handler);
-                                              EXPECT_EQ(open.text8(10), "Capo 3 here");
-                                          }),
-                                          ui::press(1)});
-        EXPECT_EQ(s.confirmed, 1);
-        EXPECT_EQ(s.capoFret, 3);
-        EXPECT_EQ(labelOf(s), u"Capo 3 here") << "read at OK";
-        EXPECT_EQ(r.sent[2].answer, true);
-        EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-    }
-}
-
+// The label is read from the field, as typed, whatever the copy holds. Fret 0
+// (also 65536, in 16 bits) is refused: the field shows the previous fret again
+// and gets the focus back, and the label is neither read nor rewritten.
 TEST_F(SettingsDialog, FretChangeRewritesTheFirstNumberOfTheLabel) {
     const std::u16string x70(70, u'x'), y70(70, u'y');
     struct {
@@ -154,91 +106,62 @@ TEST_F(SettingsDialog, FretChangeRewritesTheFirstNumberOfTheLabel) {
         {"number inside", u"Capo 3", "12", u"Capo 12"},
         {"only the first run", u"Capo 3 (fret 3)", "12", u"Capo 12 (fret 3)"},
         {"number first", u"3rd fret", "5", u"5rd fret"},
-        {"number alone", u"7", "63", u"63"},
         {"run of digits", u"Capo 0012x", "2", u"Capo 2x"},
         {"no digits", u"Capo III", "5", u"Capo III"},
         {"empty", u"", "5", u""},
         {"other scripts' digits", u"Capo \u0663", "5", u"Capo \u0663"},
-        {"fullwidth digits", u"Capo \uFF13", "5", u"Capo \uFF13"},
-        {"fret above the range", u"Capo 1", "99", u"Capo 99"},
-        {"negative fret", u"Capo 1", "-4", u"Capo -4"},
         {"long prefix cut to 63", x70 + u"3", "4", std::u16string(63, u'x') + u"4"},
         {"long suffix cut to 63", u"3" + y70, "4", u"4" + std::u16string(63, u'y')},
+        {"fret 0 refused", u"Capo 3 here", "0", u"Capo 3 here"},
+        {"fret 0 in 16 bits refused", u"Capo 3 here", "65536", u"Capo 3 here"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        CapoSettings s = labelled(c.before, 1);
-        const ui::DialogRun& r = show(s, {ui::type(4, c.fret)});
+        const bool refused = std::stoi(c.fret) % 65536 == 0;
+        CapoSettings s = labelled(u"Kapo 9", 1);
+        const ui::DialogRun& r = show(s, {ui::type(10, ui::utf8(c.before)), ui::type(4, c.fret)});
         EXPECT_EQ(ui::utf8(r.control(10)->text), ui::utf8(c.after));
-        EXPECT_EQ(labelOf(s), c.after) << "the copy follows at once";
-        EXPECT_EQ(s.capoFret, std::stoi(c.fret));
+        EXPECT_EQ(labelOf(s), refused ? std::u16string(u"Kapo 9") : c.after) << "the copy follows at once";
+        EXPECT_EQ(s.capoFret, refused ? 1 : std::stoi(c.fret));
+        EXPECT_EQ(r.text8(4), refused ? "1" : c.fret);
+        if (refused) {
+            EXPECT_EQ(r.focused, 4);
+            ASSERT_FALSE(r.focus.empty());
+            EXPECT_EQ(r.focus.back().source, ui::Source::Handler);
+        }
         EXPECT_EQ(s.confirmed, 0);
         EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
     }
 }
 
-// The fret reads the label from the field: what the user typed there counts.
-TEST_F(SettingsDialog, FretChangeReadsTheLabelAsTyped) {
-    CapoSettings s = labelled(u"Capo 1");
-    show(s, {ui::type(10, "Kapodaster 1. Bund"), ui::type(4, "4"), ui::press(1)});
-    EXPECT_EQ(labelOf(s), u"Kapodaster 4. Bund");
-    EXPECT_EQ(s.capoFret, 4);
-}
-
 // ---- Check boxes ----------------------------------------------------------
 
+// The label box flips the label field and the copy at once; the removal box
+// then enables the label field only when the label box is checked.
 TEST_F(SettingsDialog, RemovalBoxDisablesAndEnablesExactlyItsControls) {
     for (int16_t showLabel : {1, 0}) {
         SCOPED_TRACE(showLabel);
         CapoSettings s = labelled(u"Capo 1");
         s.showLabel = showLabel;
         hostsim::clearCalls();
-        std::vector<std::pair<int16_t, int16_t>> enables;
-        const ui::DialogRun& r = show(s, {
-            ui::click(11),
-            ui::peek([&](const ui::DialogRun& open) {
-                for (int16_t n : {4, 6, 8, 9, 10}) EXPECT_FALSE(enabled(open, n)) << n;
-                for (int16_t n : {1, 2, 11}) EXPECT_TRUE(enabled(open, n)) << n;
-            }),
-            ui::type(4, "5"),  // refused: the field is disabled
-            ui::click(11),
-            ui::peek([&](const ui::DialogRun& open) {
-                for (int16_t n : {4, 6, 8, 9}) EXPECT_TRUE(enabled(open, n)) << n;
-                EXPECT_EQ(enabled(open, 10), showLabel != 0);
-            }),
-            ui::click(11), ui::press(1)});
+        show(s, {ui::click(9), ui::click(11), ui::click(11), ui::click(11), ui::press(1)});
         EXPECT_EQ(s.removeMode, 1);
-        EXPECT_EQ(s.capoFret, 1);
-        EXPECT_EQ(r.stepsRefused, 1u);
-        ASSERT_EQ(ui::errors().size(), 1u);
-        EXPECT_EQ(ui::errors()[0].kind, ui::ErrorKind::RefusedStep);
-        // In this order at every change: 4, 6, 9, 10, 8.
+        EXPECT_EQ(s.showLabel, !showLabel);
+        EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+        std::vector<std::pair<int64_t, int64_t>> enables;
         for (const hostsim::Call& c : hostsim::calls())
-            if (c.fx == Fx::FX_EnableDlgItem)
-                enables.push_back({static_cast<int16_t>(c.args[1]), static_cast<int16_t>(c.args[2])});
-        const int16_t on = 1, label = showLabel ? 1 : 0;
-        const std::vector<std::pair<int16_t, int16_t>> expected = {
+            if (c.fx == Fx::FX_EnableDlgItem) enables.push_back({c.args[1], c.args[2]});
+        const int64_t label = showLabel ? 1 : 0, flipped = 1 - label;
+        const std::vector<std::pair<int64_t, int64_t>> expected = {
             {10, label},                                        // at initialisation
-            {4, 0}, {6, 0}, {9, 0}, {10, 0}, {8, 0},            // checked
-            {4, on}, {6, on}, {9, on}, {10, label}, {8, on},    // unchecked
+            {10, flipped},                                      // label box clicked
+            {4, 0}, {6, 0}, {9, 0}, {10, 0}, {8, 0},            // removal checked
+            {4, 1}, {6, 1}, {9, 1}, {10, flipped}, {8, 1},      // unchecked
             {4, 0}, {6, 0}, {9, 0}, {10, 0}, {8, 0}};           // checked again
         EXPECT_EQ(enables, expected);
         hostsim::reset();
         ui::setDialogFolder(p_.plugin().bundlePath() + "/Contents/Resources");
     }
-}
-
-TEST_F(SettingsDialog, LabelBoxEnablesTheLabelField) {
-    CapoSettings s = labelled(u"Capo 1");
-    show(s, {ui::click(9), ui::peek([&](const ui::DialogRun& open) {
-                 EXPECT_FALSE(enabled(open, 10));
-                 EXPECT_EQ(s.showLabel, 0) << "the copy follows at once";
-             }),
-             ui::click(9), ui::peek([&](const ui::DialogRun& open) { EXPECT_TRUE(enabled(open, 10)); }),
-             ui::click(9), ui::click(8), ui::press(1)});
-    EXPECT_EQ(s.showLabel, 0);
-    EXPECT_EQ(s.setChordFlag, 1);
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
 }
 
 // ---- OK and Cancel ----------------------------------------------------------
@@ -249,13 +172,11 @@ TEST_F(SettingsDialog, OkReadsTheDistanceInTheUsersUnit) {
         const char* text;
         int16_t evpu;
     } cases[] = {
-        {2, "1.5", 432},     {2, "0.1", 29},       {6, "0.51", 12},     {1, "abc", 64},
-        {1, "", 64},         {1, "-5", 64},        {3, "1,5", 64},      {1, " 2", 64},
-        {1, "2.5", 3},       {1, "2.4999", 2},     {1, "0", 0},         {3, "1", 113},
-        {4, "16.25", 65},    {5, "1.333", 64},     {2, "0.0017", 0},    {2, "0.002", 1},
-        {1, "32767", 32767}, {1, "32768", 32767},  {2, "113.774", 32767}, {2, "113.7", 32746},
-        {2, "113.8", 32767}, {2, "745", 32767},    {2, "800", 32767},   {1, "2147483647", 32767},
-        {1, "12345678901", 64},                    {0, "6.4", 1},       {7, "64", 6},
+        {2, "1.5", 432},     {2, "0.1", 29},      {6, "0.51", 12},       {1, "abc", 64},
+        {1, "", 64},         {1, "-5", 64},       {1, "2.5", 3},         {1, "2.4999", 2},
+        {3, "1", 113},       {5, "1.333", 64},    {2, "0.0017", 0},      {1, "32767", 32767},
+        {1, "32768", 32767}, {2, "113.7", 32746}, {2, "113.8", 32767},   {2, "800", 32767},
+        {1, "12345678901", 64},                   {7, "64", 6},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::to_string(c.unit) + " \"" + c.text + "\"");
@@ -270,7 +191,7 @@ TEST_F(SettingsDialog, OkReadsTheDistanceInTheUsersUnit) {
     }
 }
 
-TEST_F(SettingsDialog, OkReadsEveryControl) {
+TEST_F(SettingsDialog, OkReadsEveryControlAndCancelConfirmsNothing) {
     CapoSettings s = labelled(u"Capo 1");
     const ui::DialogRun& r = show(s, {ui::type(4, "7"), ui::type(6, "2.5"), ui::click(8),
                                       ui::type(10, "Mein Kapo"), ui::click(11), ui::press(1)});
@@ -283,16 +204,14 @@ TEST_F(SettingsDialog, OkReadsEveryControl) {
     EXPECT_EQ(s.removeMode, 1);
     EXPECT_EQ(r.ending, ui::Ending::Handler);
     EXPECT_FALSE(r.closedByHost);
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-}
 
-TEST_F(SettingsDialog, CancelLeavesTheCopyUnconfirmed) {
-    CapoSettings s = labelled(u"Capo 1");
-    show(s, {ui::type(4, "5"), ui::type(6, "99"), ui::press(2)});
-    EXPECT_EQ(s.confirmed, 0);
-    EXPECT_EQ(s.capoFret, 5) << "the fret reached the copy when it changed";
-    EXPECT_EQ(labelOf(s), u"Capo 5");
-    EXPECT_EQ(s.vertOffset, 64) << "the distance is read only at OK";
+    CapoSettings t = labelled(u"Capo 1");
+    show(t, {ui::type(4, "5"), ui::type(6, "99"), ui::press(2)});
+    EXPECT_EQ(t.confirmed, 0);
+    EXPECT_EQ(t.capoFret, 5) << "the fret reached the copy when it changed";
+    EXPECT_EQ(labelOf(t), u"Capo 5");
+    EXPECT_EQ(t.vertOffset, 64) << "the distance is read only at OK";
+    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
 }
 
 // ---- Messages the handler leaves alone -------------------------------------
@@ -300,20 +219,21 @@ TEST_F(SettingsDialog, CancelLeavesTheCopyUnconfirmed) {
 TEST_F(SettingsDialog, OnlyFiveControlsAreTakenCareOf) {
     CapoSettings s;
     const ui::DialogRun& r = show(
-        s, {ui::press(6), ui::press(8), ui::press(10), ui::press(3), ui::press(5), ui::press(7),
-            ui::press(0), ui::press(12), ui::press(-1), ui::message(273, (int64_t{1} << 32) | 1, 0),
-            ui::message(274, 1, 0), ui::message(0, 0, 0), ui::message(273, 2, 1)});
-    ASSERT_EQ(r.sent.size(), 14u);
+        s, {ui::press(6), ui::press(8), ui::press(10), ui::press(3), ui::press(0), ui::press(12),
+            ui::message(273, (int64_t{1} << 32) | 1, 0), ui::message(274, 1, 0),
+            ui::message(273, 2, 1)});
+    ASSERT_EQ(r.sent.size(), 10u);
     EXPECT_TRUE(r.sent[0].answer) << "272";
-    for (size_t i = 1; i <= 12; ++i) EXPECT_FALSE(r.sent[i].answer) << "message " << i;
-    EXPECT_TRUE(r.sent[13].answer) << "Cancel, whatever lParam holds";
+    for (size_t i = 1; i <= 8; ++i) EXPECT_FALSE(r.sent[i].answer) << "message " << i;
+    EXPECT_TRUE(r.sent[9].answer) << "Cancel, whatever lParam holds";
     EXPECT_EQ(r.ending, ui::Ending::Handler);
     EXPECT_EQ(s.confirmed, 0);
     EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
 }
 
 // Before initialisation and after the end, commands answer true and touch
-// nothing: any call on the ended dialog would be an error of the host.
+// nothing: any call on the ended dialog would be an error of the host. Null
+// user data gets no answer at all.
 TEST_F(SettingsDialog, CommandsBeforeInitialisationAndAfterTheEndAreIgnored) {
     CapoSettings s = labelled(u"Capo 1");
     s.confirmed = 7;
@@ -332,13 +252,7 @@ TEST_F(SettingsDialog, CommandsBeforeInitialisationAndAfterTheEndAreIgnored) {
     for (const ui::Sent& m : r.sent) EXPECT_TRUE(m.answer);
     EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
 
-    // A second dialog on the same copy starts afresh.
-    show(s, {ui::type(4, "6"), ui::press(1)});
-    EXPECT_EQ(s.capoFret, 6);
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-}
-
-TEST_F(SettingsDialog, NoSettingsNoAnswer) {
+    // Without settings the handler answers nothing and calls nothing.
     hostsim::clearCalls();
     for (uint32_t message : {272u, 273u, 0u})
         for (int64_t control : {1, 2, 4})

@@ -13,6 +13,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -54,44 +56,25 @@ size_t capoChords(const score::Score& s, int fret = -1) {
     return n;
 }
 
-// The label texts of a staff-measure without their leading font commands
-// ("^font(...)^size(12)Capo 3" reads "Capo 3").
-std::vector<std::u16string> labels(int16_t staff, int16_t measure) {
-    std::vector<std::u16string> out;
-    for (std::u16string t : score::texts(staff, measure)) {
-        while (!t.empty() && t[0] == u'^' && t.find(u')') != std::u16string::npos)
-            t.erase(0, t.find(u')') + 1);
-        out.push_back(t);
-    }
-    return out;
+// The label text as the command writes it in this host: no font definition
+// 14, no font named Times New Roman.
+std::vector<std::u16string> label(const char16_t* text) {
+    return {u"^font(,0)^nfx(2)^size(12)" + std::u16string(text)};
 }
 
 // The calls that mark the steps of a run, by name; loads only of ot12.
 std::vector<std::string> steps() {
+    const Fx marked[] = {Fx::FX_Dialog,       Fx::FX_StartZemloEdit_UTF16, Fx::FX_StartZemloEdit,
+                         Fx::FX_StartMassEdit, Fx::FX_EndMassEdit,         Fx::FX_EndZemloEdit,
+                         Fx::FX_CancelZemloEdit};
     std::vector<std::string> out;
     for (const hostsim::Call& c : hostsim::calls()) {
-        switch (c.fx) {
-        case Fx::FX_AlertMessage_UTF16:
-            out.push_back("alert " + std::to_string(c.args[1]));
-            break;
-        case Fx::FX_AlertMessage:
-            out.push_back("8-bit alert " + std::to_string(c.args[1]));
-            break;
-        case Fx::FX_LoadEData:
-            if (static_cast<uint32_t>(c.args[0]) == kShowTransposed) out.push_back("transposed");
-            break;
-        case Fx::FX_Dialog:
-        case Fx::FX_StartZemloEdit_UTF16:
-        case Fx::FX_StartZemloEdit:
-        case Fx::FX_StartMassEdit:
-        case Fx::FX_EndMassEdit:
-        case Fx::FX_EndZemloEdit:
-        case Fx::FX_CancelZemloEdit:
+        if (c.fx == Fx::FX_AlertMessage_UTF16 || c.fx == Fx::FX_AlertMessage)
+            out.push_back((c.fx == Fx::FX_AlertMessage ? "8-bit alert " : "alert ") + std::to_string(c.args[1]));
+        else if (c.fx == Fx::FX_LoadEData && static_cast<uint32_t>(c.args[0]) == kShowTransposed)
+            out.push_back("transposed");
+        else if (std::find(std::begin(marked), std::end(marked), c.fx) != std::end(marked))
             out.push_back(hostsim::info(c.fx).name);
-            break;
-        default:
-            break;
-        }
     }
     return out;
 }
@@ -154,17 +137,11 @@ class Invoke : public ::testing::Test {
 TEST_F(Invoke, OnlyMenuItemZeroRuns) {
     hostsim::clearCalls();
     EXPECT_EQ(invoke_(parentTag(), 1, &selection_, &whole_), 0);
-    EXPECT_EQ(invoke_(parentTag(), 32767, nullptr, &whole_), 0);
     EXPECT_EQ(extInvoke_(parentTag(), 65537, &selection_, &whole_), 0) << "cut to item 1";
     EXPECT_TRUE(hostsim::calls().empty()) << "no alert, no dialog, no edit";
     EXPECT_EQ(doc::snapshot(), original_);
-
-    // Item 0 in the low 16 bits, and items below 0, run.
-    ui::scriptDialog({});
-    EXPECT_EQ(extInvoke_(parentTag(), 65536, &selection_, &whole_), 0);
-    ui::scriptDialog({});
-    EXPECT_EQ(invoke_(parentTag(), -1, &selection_, &whole_), 0);
-    EXPECT_EQ(ui::dialogs().size(), 2u);
+    EXPECT_EQ(run({}, true, -1), 0);  // items below 0 run: the dialog shows
+    EXPECT_EQ(ui::dialogs().size(), 1u);
 }
 
 TEST_F(Invoke, NoSelectionAsksAndOkWorksOnTheWholeDocument) {
@@ -256,14 +233,6 @@ TEST_F(Invoke, ConfirmedSettingsAreRememberedForTheNextRun) {
     // A cancelled dialog is not remembered.
     run({ui::type(4, "9"), ui::press(2)});
     run({ui::peek([](const ui::DialogRun& r) { EXPECT_EQ(r.text8(4), "5"); }), ui::press(2)});
-    // A fresh copy starts from the defaults.
-    load();
-    run({ui::peek([](const ui::DialogRun& r) {
-             EXPECT_EQ(r.text8(4), "1");
-             EXPECT_EQ(r.text8(6), "2.667");
-             EXPECT_EQ(r.control(8)->value, 0);
-         }),
-         ui::press(2)});
 }
 
 // ---- Runs that change nothing -------------------------------------------------
@@ -324,53 +293,29 @@ TEST_F(Invoke, RemovalThatFindsOnlyLabelBlocksIsUndone) {
 // ---- A run that changes the score ----------------------------------------------
 
 TEST_F(Invoke, CommittedRunAddsCapoChordsAndCanBeUndone) {
-    doc::put(kShowTransposed, {-2, 0, 0}, {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
     EXPECT_EQ(run({ui::type(4, "3"), ui::press(1)}), 1);
     EXPECT_TRUE(ui::alerts().empty());
     EXPECT_EQ(editDepth(), 0);
-    EXPECT_EQ(transposed(), 1);
     ASSERT_EQ(edits::all().size(), 1u);
     EXPECT_EQ(edits::all()[0].state, edits::State::Committed);
     EXPECT_EQ(edits::all()[0].name, "Capo Chords");
     EXPECT_EQ(capoChords(*score_, 3), 3u);
-    EXPECT_EQ(labels(1, 1), std::vector<std::u16string>{u"Capo 3"});
-    EXPECT_EQ(labels(2, 1), std::vector<std::u16string>{u"Capo 3"});
+    EXPECT_EQ(score::texts(1, 1), label(u"Capo 3"));
+    EXPECT_EQ(score::texts(2, 1), label(u"Capo 3"));
     const doc::Document afterFirst = doc::snapshot();
 
-    // Run again with another fret: updated in place, nothing added.
-    doc::put(kShowTransposed, {-2, 0, 0}, std::vector<uint8_t>(12, 0));
-    EXPECT_EQ(extInvoke_(parentTag(), 0, &selection_, &whole_), 0)
-        << "the dialog's close box cancels";
+    // Through the other entry point, another fret: updated in place.
     ui::scriptDialog({ui::type(4, "5"), ui::press(1)});
     EXPECT_EQ(extInvoke_(parentTag(), 0, &selection_, &whole_), 1);
-    EXPECT_EQ(transposed(), 0);
     EXPECT_EQ(capoChords(*score_), 3u);
     EXPECT_EQ(capoChords(*score_, 5), 3u);
-    EXPECT_EQ(labels(1, 1), std::vector<std::u16string>{u"Capo 5"});
+    EXPECT_EQ(score::texts(1, 1), label(u"Capo 5"));
 
-    // The host's Undo takes back one run at a time; the setting changed
-    // outside the runs stays as it is.
-    const auto withoutSetting = [](doc::Document d) {
-        for (auto it = d.records.begin(); it != d.records.end();)
-            it = std::get<0>(it->first) == kShowTransposed ? d.records.erase(it) : std::next(it);
-        return d;
-    };
+    // The host's Undo takes back one run at a time.
     EXPECT_TRUE(edits::undo());
-    EXPECT_EQ(doc::difference(withoutSetting(afterFirst), withoutSetting(doc::snapshot())), "");
+    EXPECT_EQ(doc::difference(afterFirst, doc::snapshot()), "");
     EXPECT_TRUE(edits::undo());
-    EXPECT_EQ(doc::difference(withoutSetting(original_), withoutSetting(doc::snapshot())), "");
-    EXPECT_EQ(doc::get(kShowTransposed, {-2, 0, 0}), std::vector<uint8_t>(12, 0));
-}
-
-// Removal after a committed run takes the capo chords and labels away again.
-TEST_F(Invoke, RemovalAfterARunRestoresTheScore) {
-    EXPECT_EQ(run({ui::press(1)}), 1);
-    EXPECT_EQ(run({ui::click(11), ui::press(1)}), 1);
-    EXPECT_TRUE(ui::alerts().empty());
-    EXPECT_EQ(capoChords(*score_), 0u);
-    const std::string diff = doc::difference(original_, doc::snapshot());
-    EXPECT_EQ(score::chords(1, 1).size(), 2u);
-    EXPECT_TRUE(score::texts(1, 1).empty()) << diff;
+    EXPECT_EQ(doc::difference(original_, doc::snapshot()), "");
 }
 
 // ---- Hosts without some functions ---------------------------------------------
@@ -399,14 +344,15 @@ TEST_F(Invoke, DialogThatIsNotShownConfirmsNothingEvenAfterAConfirmedRun) {
     EXPECT_EQ(edits::all().size(), 1u) << "no second edit";
 }
 
-// Without the show-transposed record the setting reads as off.
-TEST_F(Invoke, ShowTransposedThatCannotBeLoadedIsOff) {
-    doc::put(kShowTransposed, {-2, 0, 0}, {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
-    EXPECT_EQ(run({ui::press(1)}), 1);
-    EXPECT_EQ(transposed(), 1);
-    doc::erase(kShowTransposed, {-2, 0, 0});
-    EXPECT_EQ(run({ui::type(4, "2"), ui::press(1)}), 1);
-    EXPECT_EQ(transposed(), 0);
+// Read anew at every confirmed run; a record that cannot be loaded reads as off.
+TEST_F(Invoke, ShowTransposedIsReadAtEveryConfirmedRun) {
+    const std::vector<uint8_t> on = {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, off(12, 0);
+    for (const std::vector<uint8_t>* record : {&on, &off, &on, static_cast<decltype(&on)>(nullptr)}) {
+        if (record) doc::put(kShowTransposed, {-2, 0, 0}, *record);
+        else doc::erase(kShowTransposed, {-2, 0, 0});
+        EXPECT_EQ(run({ui::press(1)}), 1);
+        EXPECT_EQ(transposed(), record == &on ? 1 : 0);
+    }
 }
 
 }  // namespace

@@ -26,7 +26,6 @@ namespace score = hostsim::score;
 namespace ui = hostsim::ui;
 
 using BrevadoFn = short (*)(void*, short, short, short, unsigned short*, short, short, short*);
-using SiblingFn = short (*)(void*, score::ChordRecord, score::ChordRecord*);
 
 // A chord symbol whose bytes the command must carry over unchanged: the
 // host's own bytes, flag bits and capo bits 7 to 15 are all marked.
@@ -71,8 +70,39 @@ struct Expected {
     void erase(uint32_t tag, doc::RecordId id) { d.records.erase({tag, doc::keyOf(tag, id)}); }
 };
 
-inline std::u16string u16(const unsigned short* s) {
-    return std::u16string(reinterpret_cast<const char16_t*>(s));
+// UTF-16 text as the bytes of a raw text record.
+inline std::vector<uint8_t> unitsOf(const std::u16string& text) {
+    std::vector<uint8_t> b(text.size() * 2);
+    std::memcpy(b.data(), text.data(), b.size());
+    return b;
+}
+
+// The raw text of a label block: the font command, then the label.
+inline std::u16string labelText(const std::u16string& font, int nameValue, int effects, int size,
+                                const std::u16string& label) {
+    const std::string head = "," + std::to_string(nameValue) + ")^nfx(" + std::to_string(effects) +
+                             ")^size(" + std::to_string(size) + ")";
+    return u"^font(" + font + std::u16string(head.begin(), head.end()) + label;
+}
+
+// The three records of a created block and its measure's text flag.
+inline void labelBlock(Expected& e, int16_t staff, int16_t measure, int16_t index, int16_t block,
+                       int16_t raw, int16_t vertical, const std::u16string& text) {
+    e.put(doc::kRawText, {raw, 0, 0}, unitsOf(text));
+    score::TextBlockRecord tb;
+    tb.rawTextNumber = static_cast<uint16_t>(raw);
+    tb.word8 = 100;
+    tb.word14 = 0x1808;
+    tb.rawTextKind = 0x626C;
+    e.put(doc::kTextBlock, {block, 0, 0}, bytesOf(tb));
+    score::MeasureTextRecord mt;
+    mt.blockNumber = static_cast<uint16_t>(block);
+    mt.horizontal = -200;
+    mt.vertical = vertical;
+    e.put(doc::kMeasureText, {staff, measure, index}, bytesOf(mt));
+    auto m = e.d.records.at({doc::kMeasure, {measure, 0, 0}});
+    m[15] = static_cast<uint8_t>(m[15] | 0x01);  // 0x0100 of the word at 14
+    e.put(doc::kMeasure, {measure, 0, 0}, m);
 }
 
 // The settings of one run.
@@ -83,6 +113,17 @@ struct Args {
     const char16_t* label = u"Capo 3";
     bool chordFlag = false;
     bool remove = false;
+    static Args removal(const char16_t* label = u"Capo 3") {
+        Args a;
+        a.remove = true;
+        a.label = label;
+        return a;
+    }
+    static Args labelled() {
+        Args a;
+        a.showLabel = true;
+        return a;
+    }
 };
 
 // A fresh copy of the test image per test, bound as the host binds the
@@ -107,15 +148,19 @@ class CommandTest : public ::testing::Test {
         hostsim::reset();
     }
 
-    // One run; the count starts at 0 as the caller's does.
-    short run(score::Region region, const Args& a, short* count = nullptr) {
+    // One run; the count starts at 0 as the caller's does. Without a count
+    // the run gets none, as the command allows.
+    short run(score::Region* region, const Args& a, short* count = nullptr,
+              BrevadoFn brevado = nullptr) {
         std::u16string label = a.label ? a.label : u"";
-        short local = 0;
-        short* c = count ? count : &local;
-        *c = 0;
-        return brevado_(&region, a.fret, a.distance, a.showLabel ? 1 : 0,
-                        a.label ? reinterpret_cast<unsigned short*>(&label[0]) : nullptr,
-                        a.chordFlag ? 1 : 0, a.remove ? 1 : 0, c);
+        if (count) *count = 0;
+        return (brevado ? brevado : brevado_)(
+            region, a.fret, a.distance, a.showLabel ? 1 : 0,
+            a.label ? reinterpret_cast<unsigned short*>(&label[0]) : nullptr, a.chordFlag ? 1 : 0,
+            a.remove ? 1 : 0, count);
+    }
+    short run(score::Region region, const Args& a, short* count = nullptr) {
+        return run(&region, a, count);
     }
 
     Probe& probe() { return *probe_; }
