@@ -4,6 +4,7 @@
 // it learnt; with `run`, it also chooses the plug-in's menu item once on a
 // score (run.h).
 #include "run.h"
+#include "validate.h"
 
 #include "hostsim/host.h"
 #include "hostsim/plugin.h"
@@ -48,7 +49,9 @@ int usage() {
                  "       zemlo-host apply [SCORE.musicxml|.mxl] [--bundle PATH] [--lang CODE] [--capo N]\n"
                  "                  [--distance X] [--unit evpus|inches|centimeters|points|picas|spaces]\n"
                  "                  [--label TEXT | --no-label] [--chord-flag] [--remove]\n"
-                 "                  [--measures FIRST-LAST] [--staves FIRST-LAST] [-o OUT.musicxml]\n");
+                 "                  [--measures FIRST-LAST] [--staves FIRST-LAST] [-o OUT.musicxml]\n"
+                 "       zemlo-host validate [--bundle PATH] [--seed N] [--level 1..10] [--only REGEX]\n"
+                 "                  [--json FILE] [--list]\n");
     return 2;
 }
 
@@ -66,9 +69,27 @@ std::string printable(const uint16_t* units, size_t room) {
     return out;
 }
 
+// zemlo-host validate: the validator runs its checks in child processes.
+int validateCommand(int argc, char** argv) {
+    validate::Options options;
+    options.plan.bundle = hostsim::defaultBundlePath();
+    std::string error;
+    if (!validate::parseOptions(argc, argv, 2, &options, &error)) {
+        std::fprintf(stderr, "zemlo-host: %s\n", error.c_str());
+        return usage();
+    }
+    // The replay commands must work from any folder.
+    if (char* full = realpath(options.plan.bundle.c_str(), nullptr)) {
+        options.plan.bundle = full;
+        std::free(full);
+    }
+    return validate::run(options);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc > 1 && !std::strcmp(argv[1], "validate")) return validateCommand(argc, argv);
     std::string bundle = hostsim::defaultBundlePath();
     const bool run = argc > 1 && !std::strcmp(argv[1], "run");
     const bool apply = argc > 1 && !std::strcmp(argv[1], "apply");

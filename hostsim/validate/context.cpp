@@ -1,0 +1,50 @@
+// A check's side of the report: one line per finding, written at once.
+#include "check.h"
+
+#include <cerrno>
+#include <unistd.h>
+
+namespace validate {
+
+int byLevel(const Plan& plan, int atLevel1, int atLevel10) {
+    const int level = plan.level < 1 ? 1 : plan.level > 10 ? 10 : plan.level;
+    return atLevel1 + (atLevel10 - atLevel1) * (level - 1) / 9;
+}
+
+Context::Context(const Plan& plan, uint64_t seed, int reportFd)
+    : plan_(plan), seed_(seed), random_(seed), fd_(reportFd) {}
+
+int Context::between(int low, int high) {
+    return std::uniform_int_distribution<int>(low, high)(random_);
+}
+
+void Context::send(const std::string& line) {
+    std::string out = line;
+    for (char& c : out)
+        if (c == '\n' || c == '\r') c = ' ';
+    out += '\n';
+    size_t at = 0;
+    while (at < out.size()) {
+        ssize_t n = write(fd_, out.data() + at, out.size() - at);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return;
+        at += static_cast<size_t>(n);
+    }
+}
+
+void Context::fail(const std::string& what) {
+    ++failures_;
+    // A check that fails everywhere says so often enough in its first lines.
+    if (failures_ <= 50) send("F " + what);
+}
+
+bool Context::expect(bool ok, const std::string& what) {
+    if (!ok) fail(what);
+    return ok;
+}
+
+void Context::count(const std::string& what, long n) { send("C " + what + " " + std::to_string(n)); }
+
+void Context::done() { send("D"); }
+
+}  // namespace validate

@@ -1,0 +1,201 @@
+// A check's plug-in, loaded and driven as the host drives it.
+#include "session.h"
+
+#include "hostsim/edits.h"
+#include "hostsim/host.h"
+#include "hostsim/ui.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace validate {
+
+namespace edits = hostsim::edits;
+namespace ui = hostsim::ui;
+
+Guarded::Guarded(size_t size, uint8_t fill) : mem_(size + 2 * kGuard, kPattern), size_(size) {
+    std::memset(data(), fill, size);
+}
+
+std::string Guarded::damage() const {
+    for (size_t i = 0; i < kGuard; ++i)
+        if (mem_[kGuard - 1 - i] != kPattern) return std::to_string(i + 1) + " bytes before the start";
+    for (size_t i = 0; i < kGuard; ++i)
+        if (mem_[kGuard + size_ + i] != kPattern) return "byte " + std::to_string(i) + " past the end";
+    return "";
+}
+
+Session::Session(Context& cx, bool freshCopy) : cx_(cx) {
+    setenv("LC_ALL", "en_US.UTF-8", 1);
+    setenv("LANG", "en", 1);
+    hostsim::reset();
+    plugin_ = std::make_unique<hostsim::Plugin>(cx.plan().bundle, freshCopy);
+    if (!plugin_->loaded()) {
+        cx.fail("cannot load " + cx.plan().bundle + ": " + plugin_->error());
+        return;
+    }
+    ui::setDialogFolder(plugin_->bundlePath() + "/Contents/Resources");
+    hostsim::setResult(hostsim::Fx::FX_IsMachO, 1);
+}
+
+bool Session::start() {
+    if (!loaded()) return false;
+    auto pluginMain = entry<int (*)(int, char**)>("main");
+    auto version = entry<uint32_t (*)(uint32_t)>("ZemloExtensionVersion");
+    auto init = entry<int16_t (*)(void*, int32_t*)>("ZemloExtensionInit");
+    auto enumerate = entry<EnumerateFn>("ZemloExtensionEnumerate_UTF16");
+    auto status = entry<int16_t (*)(int16_t)>("ZemloExtensionGetMenuStatus");
+    if (!pluginMain || !version || !init || !enumerate || !status) return false;
+    char name[] = "zemlo-host";
+    char* args[] = {name, nullptr};
+    const int bound = pluginMain(1, args);
+    version(0);
+    Guarded value(sizeof(int32_t), 0xA5);
+    const int16_t initialised = init(nullptr, value.as<int32_t>());
+    cx_.expect(value.damage().empty(), "init wrote outside its value: " + value.damage());
+    Guarded record(sizeof(MenuItemRecord), 0x5A);
+    const int16_t offered = enumerate(nullptr, 0, record.as<MenuItemRecord>());
+    cx_.expect(record.damage().empty(), "enumeration wrote outside the record: " + record.damage());
+    const MenuItemRecord* r = record.as<MenuItemRecord>();
+    bool hostPartKept = true;
+    for (uint8_t b : r->hostOnly) hostPartKept = hostPartKept && b == 0x5A;
+    cx_.expect(hostPartKept, "enumeration wrote into the host's part of the menu item record");
+    status(0);
+    return cx_.expect(bound == 1, "main did not bind the plug-in") &&
+           cx_.expect(initialised == 1, "init answered " + std::to_string(initialised)) &&
+           cx_.expect(offered == 1, "no menu item at index 0");
+}
+
+int16_t Session::invoke(const score::Region* selection, const score::Region& whole, int16_t item) {
+    auto invokeFn = entry<zemlo::InvokeFn>("ZemloExtensionInvoke");
+    if (!invokeFn) return 0;
+    Guarded selected(sizeof(score::Region)), all(sizeof(score::Region));
+    if (selection) std::memcpy(selected.data(), selection, sizeof *selection);
+    std::memcpy(all.data(), &whole, sizeof whole);
+    const int16_t result = invokeFn(nullptr, item, selection ? selected.data() : nullptr, all.data());
+    cx_.expect(selected.damage().empty(), "the command wrote outside the selection it was handed: " +
+                                              selected.damage());
+    cx_.expect(all.damage().empty(), "the command wrote outside the document's region it was handed: " +
+                                         all.damage());
+    return result;
+}
+
+int16_t Session::run(const zemlo::RunOptions& answers, const score::Region* selection,
+                     const score::Region& whole) {
+    zemlo::setUnitByName(answers.unit);
+    if (answers.wholeDocument) ui::scriptAlerts({1});
+    std::string shown, confirmed;
+    ui::scriptDialog(zemlo::dialogScript(answers, &shown, &confirmed));
+    return invoke(answers.wholeDocument ? nullptr : selection, whole);
+}
+
+void Session::terminate() {
+    if (auto t = entry<void (*)(void*)>("ZemloExtensionTerminate")) t(nullptr);
+}
+
+int32_t Session::editDepth() const {
+    const int32_t* d = plugin_ ? plugin_->variable<int32_t>("ZemloEditDepth") : nullptr;
+    return d ? *d : 0;
+}
+
+int32_t Session::massDepth() const {
+    const int32_t* d = plugin_ ? plugin_->variable<int32_t>("MassEditDepth") : nullptr;
+    return d ? *d : 0;
+}
+
+void Session::checkHost(const std::string& where) {
+    const std::string at = where.empty() ? "" : where + ": ";
+    for (const ui::Error& e : ui::errors()) cx_.fail(at + e.text);
+    for (const std::string& e : edits::errors()) cx_.fail(at + e);
+    cx_.expect(doc::framesOut() == 0, at + std::to_string(doc::framesOut()) + " frames never given back");
+    cx_.expect(doc::guardFaults() == 0, at + "a frame came back with its guard bytes changed");
+    cx_.expect(doc::foreignFrames() == 0, at + "a frame was given back that the host never handed out");
+    cx_.expect(editDepth() == 0, at + "ZemloEditDepth is " + std::to_string(editDepth()) + ", not 0");
+    cx_.expect(massDepth() == 0, at + "MassEditDepth is " + std::to_string(massDepth()) + ", not 0");
+}
+
+score::Region wholeOf(int staves, int measures) {
+    return score::region(1, 1, static_cast<int16_t>(staves), static_cast<int16_t>(measures));
+}
+
+std::map<std::pair<int16_t, int16_t>, std::multiset<ChordBytes>> ordinaryChords(const doc::Document& d) {
+    std::map<std::pair<int16_t, int16_t>, std::multiset<ChordBytes>> out;
+    for (const auto& [key, bytes] : d.records) {
+        const auto& [tag, id] = key;
+        if (tag != doc::kChord) continue;
+        score::ChordRecord c;
+        if (bytes.size() < sizeof c) {  // not a chord the command reads whole: keep it as it is
+            out[{id.first, id.second}].insert(bytes);
+            continue;
+        }
+        std::memcpy(&c, bytes.data(), sizeof c);
+        if (!c.isCapo()) out[{id.first, id.second}].insert(bytes);
+    }
+    return out;
+}
+
+void expectOrdinaryKept(Context& cx, const doc::Document& before, const doc::Document& after,
+                        const std::string& where) {
+    const auto a = ordinaryChords(before), b = ordinaryChords(after);
+    if (a == b) return;
+    for (const auto& [place, chords] : a) {
+        auto it = b.find(place);
+        if (it == b.end() || it->second != chords) {
+            cx.fail(where + ": the ordinary chords of staff " + std::to_string(place.first) + ", measure " +
+                    std::to_string(place.second) + " changed (" + std::to_string(chords.size()) + " before, " +
+                    std::to_string(it == b.end() ? 0 : it->second.size()) + " after)");
+            return;
+        }
+    }
+    cx.fail(where + ": an ordinary chord appeared");
+}
+
+void expectOutsideUnchanged(Context& cx, const doc::Document& before, const doc::Document& after,
+                            const score::Region& region, const std::set<int16_t>& staves,
+                            const std::string& where) {
+    auto inMeasures = [&](int16_t m) { return m >= region.firstMeasure && m <= region.lastMeasure; };
+    auto inside = [&](int16_t staff, int16_t m) { return inMeasures(m) && staves.count(staff) > 0; };
+    // Blocks and texts that measure texts outside the region point at.
+    std::set<int16_t> blocks, texts;
+    for (const auto& [key, bytes] : before.records) {
+        const auto& [tag, id] = key;
+        if (tag != doc::kMeasureText || inside(id.first, id.second) || bytes.size() < 2) continue;
+        uint16_t block;
+        std::memcpy(&block, bytes.data(), sizeof block);
+        blocks.insert(static_cast<int16_t>(block));
+        auto tb = before.records.find({doc::kTextBlock, doc::RecordId{static_cast<int16_t>(block), 0, 0}});
+        if (tb != before.records.end() && tb->second.size() >= 2) {
+            uint16_t raw;
+            std::memcpy(&raw, tb->second.data(), sizeof raw);
+            texts.insert(static_cast<int16_t>(raw));
+        }
+    }
+    auto watched = [&](uint32_t tag, const doc::RecordId& id) {
+        if (tag == doc::kChord || tag == doc::kMeasureText) return !inside(id.first, id.second);
+        if (tag == doc::kMeasure) return !inMeasures(id.first);
+        if (tag == doc::kTextBlock) return blocks.count(id.first) > 0;
+        if (tag == doc::kRawText) return texts.count(id.first) > 0;
+        return true;
+    };
+    auto describe = [](uint32_t tag, const doc::RecordId& id) {
+        return doc::tagName(tag) + " (" + std::to_string(id.first) + ", " + std::to_string(id.second) + ", " +
+               std::to_string(id.third) + ")";
+    };
+    for (const auto& [key, bytes] : before.records) {
+        if (!watched(std::get<0>(key), std::get<1>(key))) continue;
+        auto it = after.records.find(key);
+        if (it == after.records.end())
+            cx.fail(where + ": " + describe(std::get<0>(key), std::get<1>(key)) + " outside the region was removed");
+        else if (it->second != bytes)
+            cx.fail(where + ": " + describe(std::get<0>(key), std::get<1>(key)) + " outside the region changed");
+    }
+    for (const auto& [key, bytes] : after.records) {
+        const uint32_t tag = std::get<0>(key);
+        if (tag == doc::kTextBlock || tag == doc::kRawText) continue;  // new blocks get new numbers
+        if (watched(tag, std::get<1>(key)) && !before.records.count(key))
+            cx.fail(where + ": " + describe(tag, std::get<1>(key)) + " appeared outside the region");
+    }
+    cx.expect(before.frames == after.frames, where + ": a frame changed");
+}
+
+}  // namespace validate
