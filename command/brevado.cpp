@@ -124,7 +124,11 @@ struct Run {
             } else if (!removeMode) {
                 EDataID from = {staff, measure, 0};
                 const short hasSibling = GetSiblingChord(&from, chord, nullptr);
-                appendIndex = from.third;
+                // Every search ends at the record count, unless a failed load
+                // cut it short; the largest end seen, and never less than the
+                // records walked, keeps the appends off existing records.
+                if (from.third > appendIndex) appendIndex = from.third;
+                if (index + 1 > appendIndex) appendIndex = static_cast<int16_t>(index + 1);
                 if (!hasSibling) {
                     EDTChord2010& copy = newCapoChords[newCount++];
                     copy = chord;

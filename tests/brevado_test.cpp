@@ -413,6 +413,49 @@ TEST_F(Brevado, FailedAppendIsNotCountedAndTheAppendIndexStillAdvances) {
     EXPECT_EQ(at, (std::vector<int16_t>{3, 4, 5}));
 }
 
+// A chord load that fails cuts a sibling search short, so it counts fewer
+// records than the staff-measure holds. Whichever load fails, the copies
+// appended afterwards go past the last record, never onto one: every chord
+// stays where it was, and what follows it is capo chords, each one counted.
+TEST_F(Brevado, FailedChordLoadNeverPutsACopyOverAChord) {
+    for (int chords : {3, 17}) {
+        int loads = 0; // the chord loads of the run without a failure
+        for (int failing = 0; failing == 0 || failing <= loads; ++failing) {
+            SCOPED_TRACE(std::to_string(chords) + " chords, chord load " + std::to_string(failing) +
+                         " failing");
+            hostsim::reset();
+            score::Score s(1, 1);
+            std::vector<ChordRecord> source;
+            for (int i = 0; i < chords; ++i) {
+                source.push_back(
+                    chordSymbol(240 * i, static_cast<int16_t>(10 * i), static_cast<uint8_t>(i)));
+                s.chord(1, 1, source.back());
+            }
+            int seen = 0;
+            hostsim::setHandler(Fx::FX_LoadEData, [&](hostsim::Call& call) -> uint64_t {
+                if (static_cast<uint32_t>(call.args[0]) == doc::kChord && ++seen == failing)
+                    return 0;
+                return hostsim::doc::serve(call);
+            });
+            short count = 0;
+            run(s.whole(), {}, &count);
+            const std::vector<ChordRecord> after = score::chords(1, 1);
+            if (failing == 0) {
+                loads = seen;
+                ASSERT_EQ(after.size(), static_cast<size_t>(chords + std::min(chords, 16)));
+                continue;
+            }
+            ASSERT_GE(after.size(), source.size());
+            for (size_t i = 0; i < source.size(); ++i)
+                EXPECT_EQ(bytesOf(after[i]), bytesOf(source[i]))
+                    << "chord " << i << " was overwritten";
+            for (size_t i = source.size(); i < after.size(); ++i)
+                EXPECT_TRUE(after[i].isCapo()) << i;
+            EXPECT_EQ(count, static_cast<short>(after.size() - source.size()));
+        }
+    }
+}
+
 TEST_F(Brevado, FailedUpdateOrDeleteIsNotCountedAndTheWalkGoesOn) {
     struct Case {
         const char* what;
