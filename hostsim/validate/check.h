@@ -61,6 +61,9 @@ using Checks = std::vector<Check>;
 
 // The groups of checks, each in a file of its own; checks.cpp lists them.
 void addLifecycleChecks(const Plan& plan, Checks& out);
+void addHostileChecks(const Plan& plan, Checks& out);
+void addInputChecks(const Plan& plan, Checks& out);
+void addDialogFuzzChecks(const Plan& plan, Checks& out);
 
 // Every check of the plan, in the order they run.
 Checks allChecks(const Plan& plan);

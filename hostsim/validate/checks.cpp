@@ -8,6 +8,9 @@ using AddChecks = void (*)(const Plan&, Checks&);
 
 const AddChecks kGroups[] = {
     addLifecycleChecks,
+    addHostileChecks,
+    addInputChecks,
+    addDialogFuzzChecks,
 };
 
 }  // namespace
