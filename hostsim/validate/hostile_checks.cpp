@@ -7,6 +7,7 @@
 #include "outcome.h"
 #include "session.h"
 
+#include "hostsim/host.h"
 #include "hostsim/ui.h"
 
 #include <climits>
@@ -292,7 +293,15 @@ void regionRun(Context& cx, const RegionCase& k) {
     // The positions inside the measures never narrow the walk.
     region.firstPosition = INT32_MAX;
     region.lastPosition = INT32_MIN;
+    // The first field is the host's, handed back to it unchanged with every slot.
+    region.slotField = 0xBEEF;
     freshRun(cx, s, region, Confirmed{}, k.name);
+    for (const hostsim::Call& call : hostsim::calls())
+        if (call.fx == hostsim::Fx::FX_SlotToInst &&
+            !cx.expect(static_cast<uint16_t>(call.args[1]) == 0xBEEF,
+                       "FX_SlotToInst got the first field " +
+                           std::to_string(static_cast<uint16_t>(call.args[1]))))
+            break;
 }
 
 // The largest region there is, cancelled by the user: the walk stops at the
