@@ -45,6 +45,19 @@ zemlo::RunOptions writing(const std::string& capo = "", const std::string& dista
     return o;
 }
 
+// Fails unless `after` is `original` but for text flags set in measure records.
+void expectRestored(Context& cx, const doc::Document& original, const doc::Document& after,
+                    const std::string& where) {
+    auto withoutTextFlags = [](doc::Document d) {
+        for (auto& [key, bytes] : d.records)
+            if (std::get<0>(key) == doc::kMeasure && bytes.size() > 15)
+                bytes[15] &= 0xFE; // 0x0100 of the word at 14
+        return d;
+    };
+    const doc::Document a = withoutTextFlags(original), b = withoutTextFlags(after);
+    cx.expect(a == b, where + ": the score was not restored: " + doc::difference(a, b));
+}
+
 zemlo::RunOptions removal() {
     zemlo::RunOptions o;
     o.remove = true;
@@ -295,13 +308,20 @@ void regionRun(Context& cx, const RegionCase& k) {
     region.lastPosition = INT32_MIN;
     // The first field is the host's, handed back to it unchanged with every slot.
     region.slotField = 0xBEEF;
-    freshRun(cx, s, region, Confirmed{}, k.name);
+    const doc::Document original = doc::snapshot();
+    const doc::Document written = freshRun(cx, s, region, Confirmed{}, k.name);
     for (const hostsim::Call& call : hostsim::calls())
         if (call.fx == hostsim::Fx::FX_SlotToInst &&
             !cx.expect(static_cast<uint16_t>(call.args[1]) == 0xBEEF,
                        "FX_SlotToInst got the first field " +
                            std::to_string(static_cast<uint16_t>(call.args[1]))))
             break;
+    // Removal over the same region takes out all the run wrote; measures keep their text flag.
+    const int16_t removed = s.run(removal(), &region, region);
+    s.checkHost("removal");
+    cx.expect(removed == (written == original ? 0 : 1),
+              "the removal answered " + std::to_string(removed));
+    expectRestored(cx, original, doc::snapshot(), "removal");
 }
 
 // The largest region there is, cancelled by the user: the walk stops at the
