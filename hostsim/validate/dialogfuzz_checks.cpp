@@ -200,6 +200,7 @@ void fuzzRun(Context& cx) {
     }
     cx.expect(noUserData || r.ending == ui::Ending::Handler, "the handler did not end the dialog");
 
+    Confirmed remembered; // what the next dialog opens with: the defaults until a run is confirmed
     if (!confirmed) {
         cx.expect(result == 0, "a dialog not confirmed ran the command: " + std::to_string(result));
         cx.expect(before == after,
@@ -220,7 +221,28 @@ void fuzzRun(Context& cx) {
         c.remove = value(11) != 0;
         expectFreshRun(cx, before, after, c, region, result, "after OK");
         cx.count("confirmed dialogs");
+        remembered = c;
+        if (remembered.label.empty())
+            remembered.label = u"Capo 1"; // a cleared label comes back as the default
     }
+
+    // The next dialog, with the host's own user data again, opens with the
+    // settings remembered, the removal box off.
+    hostsim::setHandler(hostsim::Fx::FX_Dialog, nullptr);
+    ui::DialogRun next;
+    ui::scriptDialog({ui::peek([&next](const ui::DialogRun& d) { next = d; }), ui::click(2)});
+    cx.expect(s.invoke(&region, region) == 0, "the cancelled next dialog ran the command");
+    auto shows = [&](int16_t n) { return next.control(n) ? next.control(n)->value : -1; };
+    cx.expect(shows(4) == remembered.fret && next.text8(6) == std::to_string(remembered.distance) &&
+                  shows(9) == (remembered.showLabel ? 1 : 0) &&
+                  shows(8) == (remembered.chordFlag ? 1 : 0) && shows(11) == 0 &&
+                  next.control(10) && next.control(10)->text == remembered.label,
+              "the next dialog shows fret " + std::to_string(shows(4)) + ", distance \"" +
+                  next.text8(6) + "\", label box " + std::to_string(shows(9)) + " \"" +
+                  next.text8(10) + "\", chord flag " + std::to_string(shows(8)) + ", removal " +
+                  std::to_string(shows(11)) + ", not fret " + std::to_string(remembered.fret) +
+                  ", distance " + std::to_string(remembered.distance) + ", label \"" +
+                  shown(remembered.label) + "\"");
     // A second initialisation with the removal box checked finds the fret
     // field disabled when it sets the focus there: the initialisation is that
     // of a dialog just opened, with the box off.
