@@ -23,10 +23,30 @@ namespace ui = hostsim::ui;
 
 constexpr uint32_t kInit = 272, kCommand = 273;
 
-// Distances typed (EVPU, the score's unit) and what OK makes of them.
-const std::map<std::string, int16_t> kDistances = {
-    {"64", 64}, {"0", 0},         {"12.5", 13}, {"7.4999", 7}, {"abc", 64},
-    {"-3", 64}, {"40000", 32767}, {"", 64},     {"1.2.3", 1},  {"2147483648", 64}};
+// Distances typed in the score's unit: what OK makes of them, and how the
+// next dialog shows that.
+struct Distance {
+    int16_t evpu;
+    std::string shows;
+};
+std::map<std::string, Distance> distances(const UnitTexts& u) {
+    std::map<std::string, Distance> out = {{u.shows64, {64, u.shows64}},
+                                           {"0", {0, u.zero}},
+                                           {u.max, {32767, u.max}},
+                                           {u.above, {32767, u.max}},
+                                           {"1.5", {u.oneAndHalf, u.shows15}},
+                                           {"abc", {64, u.shows64}},
+                                           {"-3", {64, u.shows64}},
+                                           {"", {64, u.shows64}},
+                                           {"2147483648", {64, u.shows64}},
+                                           {"2147483647", {32767, u.max}}};
+    if (std::string(u.name) == "evpus") {
+        out.insert({"12.5", {13, "13"}});
+        out.insert({"7.4999", {7, "7"}});
+        out.insert({"1.2.3", {1, "1"}});
+    }
+    return out;
+}
 const char* const kFrets[] = {"1", "3", "12", "63", "64", "0", "-1", "abc", "65599", "32767"};
 
 std::vector<std::string> labels() {
@@ -60,7 +80,7 @@ uint32_t anyMessage(Context& cx) {
 
 // A step in the middle of the dialog; OK and Cancel come rarely, so that
 // most sequences run long.
-ui::Step middleStep(Context& cx, int* reinits) {
+ui::Step middleStep(Context& cx, const std::map<std::string, Distance>& typed, int* reinits) {
     switch (cx.between(0, 12)) {
     case 0:
         ++*reinits;
@@ -76,8 +96,8 @@ ui::Step middleStep(Context& cx, int* reinits) {
     case 5:
         return ui::type(4, kFrets[cx.between(0, 9)]);
     case 6: {
-        auto it = kDistances.begin();
-        std::advance(it, cx.between(0, static_cast<int>(kDistances.size()) - 1));
+        auto it = typed.begin();
+        std::advance(it, cx.between(0, static_cast<int>(typed.size()) - 1));
         return ui::type(6, it->first);
     }
     case 7: {
@@ -134,11 +154,15 @@ void fuzzRun(Context& cx) {
             c.args[4] = 0;
             return ui::serve(c);
         });
+    const UnitTexts& unit = kUnitTexts[cx.between(0, 5)];
+    zemlo::setUnitByName(unit.name);
+    const std::map<std::string, Distance> typed = distances(unit);
+    std::string shownDistance = unit.shows64; // what the next dialog shows
     int reinits = 0;
     std::vector<ui::Step> steps;
     const int length = cx.between(0, 40);
     for (int i = 0; i < length; ++i)
-        steps.push_back(middleStep(cx, &reinits));
+        steps.push_back(middleStep(cx, typed, &reinits));
     switch (cx.between(0, 3)) {
     case 0:
         steps.push_back(ui::press(1));
@@ -211,10 +235,12 @@ void fuzzRun(Context& cx) {
         Confirmed c;
         auto value = [&](int16_t n) { return r.control(n) ? r.control(n)->value : 0; };
         c.fret = static_cast<int16_t>(value(4));
-        auto d = kDistances.find(r.text8(6));
-        if (cx.expect(d != kDistances.end(),
-                      "the distance field reads \"" + r.text8(6) + "\", which was never typed"))
-            c.distance = d->second;
+        auto d = typed.find(r.text8(6));
+        if (cx.expect(d != typed.end(),
+                      "the distance field reads \"" + r.text8(6) + "\", which was never typed")) {
+            c.distance = d->second.evpu;
+            shownDistance = d->second.shows;
+        }
         c.showLabel = value(9) != 0;
         c.label = r.control(10) ? asRead(r.control(10)->text) : u"";
         c.chordFlag = value(8) != 0;
@@ -233,7 +259,7 @@ void fuzzRun(Context& cx) {
     ui::scriptDialog({ui::peek([&next](const ui::DialogRun& d) { next = d; }), ui::click(2)});
     cx.expect(s.invoke(&region, region) == 0, "the cancelled next dialog ran the command");
     auto shows = [&](int16_t n) { return next.control(n) ? next.control(n)->value : -1; };
-    cx.expect(shows(4) == remembered.fret && next.text8(6) == std::to_string(remembered.distance) &&
+    cx.expect(shows(4) == remembered.fret && next.text8(6) == shownDistance &&
                   shows(9) == (remembered.showLabel ? 1 : 0) &&
                   shows(8) == (remembered.chordFlag ? 1 : 0) && shows(11) == 0 &&
                   next.control(10) && next.control(10)->text == remembered.label,
@@ -241,8 +267,8 @@ void fuzzRun(Context& cx) {
                   next.text8(6) + "\", label box " + std::to_string(shows(9)) + " \"" +
                   next.text8(10) + "\", chord flag " + std::to_string(shows(8)) + ", removal " +
                   std::to_string(shows(11)) + ", not fret " + std::to_string(remembered.fret) +
-                  ", distance " + std::to_string(remembered.distance) + ", label \"" +
-                  shown(remembered.label) + "\"");
+                  ", distance \"" + shownDistance + "\", label \"" + shown(remembered.label) +
+                  "\"");
     // A second initialisation with the removal box checked finds the fret
     // field disabled when it sets the focus there: the initialisation is that
     // of a dialog just opened, with the box off.

@@ -16,23 +16,7 @@ namespace {
 
 namespace ui = hostsim::ui;
 
-struct Unit {
-    const char* name;    // as zemlo-host names it
-    const char* max;     // the text that reads as 32,767 EVPU, and that shows for it
-    const char* above;   // the text that reads as 32,768 EVPU
-    const char* zero;    // how 0 EVPU shows
-    const char* shows64; // how 64 EVPU shows
-    int16_t oneAndHalf;  // "1.5" in EVPU, rounded half up
-};
-
-const Unit kUnits[] = {
-    {"evpus", "32767", "32768", "0", "64", 2},
-    {"inches", "113.774", "113.778", "0.000", "0.222", 432},
-    {"centimeters", "289.973", "289.982", "0.000", "0.566", 170},
-    {"points", "8191.750", "8192", "0.00", "16.00", 6},
-    {"picas", "682.646", "682.667", "0.000", "1.333", 72},
-    {"spaces", "1365.292", "1365.333", "0.000", "2.667", 36},
-};
+using Unit = UnitTexts;
 
 // What one case types and what the run must do with it.
 struct Input {
@@ -182,7 +166,7 @@ void runInput(Context& cx, const Unit& u, const Input& in) {
 } // namespace
 
 void addInputChecks(const Plan&, Checks& out) {
-    for (const Unit& u : kUnits)
+    for (const Unit& u : kUnitTexts)
         for (const Input& in : inputs(u))
             out.push_back({std::string("input/") + u.name + "/" + in.name,
                            [u, in](Context& cx) { runInput(cx, u, in); }});

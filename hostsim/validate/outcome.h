@@ -64,6 +64,18 @@ void expectFreshRun(Context& cx, const doc::Document& before, const doc::Documen
                     const Confirmed& s, const score::Region& region, int16_t result,
                     const std::string& where);
 
+// How a measurement unit reads and shows distances.
+struct UnitTexts {
+    const char* name;    // as zemlo-host names it
+    const char* max;     // the text that reads as 32,767 EVPU, and that shows for it
+    const char* above;   // the text that reads as 32,768 EVPU
+    const char* zero;    // how 0 EVPU shows
+    const char* shows64; // how 64 EVPU shows
+    int16_t oneAndHalf;  // "1.5" in EVPU, rounded half up
+    const char* shows15; // how that shows
+};
+extern const UnitTexts kUnitTexts[6];
+
 // Fails when a UTF-16 text holds a lone surrogate.
 bool pairsWhole(const std::u16string& text);
 
