@@ -3,6 +3,8 @@
 // a user could not take.
 #include "hostui_support.h"
 
+#include "hostsim/document.h"
+
 #include <tuple>
 
 namespace ui = hostsim::ui;
@@ -252,6 +254,55 @@ TEST_F(HostDialog, FailedCallShowsNothingAndKeepsTheScript) {
     EXPECT_EQ(s.fret, 3);
     EXPECT_EQ(s.confirmed, 1);
     EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+}
+
+// A behaviour that wraps the host's own dialog with other arguments: the
+// handler sees the user data the wrapper passed, and the rest of the run
+// (script, close box, item calls) is the host's as usual.
+std::vector<void*> gUserData;
+bool recordingUserData(OpaqueCocoaWindow* d, uint32_t msg, int64_t w, int64_t, void* user) {
+    gUserData.push_back(user);
+    if (msg == 273 && (w == 1 || w == 2)) FX_EndDialog(d, FXT_VERSION);
+    return true;
+}
+
+TEST_F(HostDialog, ServeRunsTheBuiltInBehaviourForAWrappingHandler) {
+    gUserData.clear();
+    hostsim::setHandler(hostsim::Fx::FX_Dialog, [](hostsim::Call& c) {
+        c.args[4] = 0;
+        return ui::serve(c);
+    });
+    auto show = [](Settings* s) {
+        return FX_Dialog(20009, reinterpret_cast<void*>(&recordingUserData), hostui::parentTag(), 0x3001, s,
+                         FXT_VERSION);
+    };
+    ui::scriptDialog({ui::press(4), ui::click(1)});
+    Settings s;
+    void* h = show(&s);
+    ASSERT_NE(h, nullptr);
+    ASSERT_EQ(ui::dialogs().size(), 1u);
+    EXPECT_EQ(ui::dialogs()[0].userData, nullptr);
+    EXPECT_EQ(static_cast<void*>(ui::dialogs()[0].handle), h);
+    EXPECT_EQ(ui::dialogs()[0].ending, ui::Ending::Handler);
+    EXPECT_EQ(gUserData, (std::vector<void*>{nullptr, nullptr, nullptr}));
+    // Without the wrapper the same call passes the settings again.
+    hostsim::setHandler(hostsim::Fx::FX_Dialog, nullptr);
+    gUserData.clear();
+    ui::scriptDialog({ui::click(2)});
+    show(&s);
+    EXPECT_EQ(gUserData, (std::vector<void*>{&s, &s}));
+    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
+}
+
+TEST_F(HostDialog, ServeAnswersZeroForFunctionsOutsideTheUserInterface) {
+    hostsim::doc::putText(hostsim::doc::kRawText, {1, 0, 0}, u"abc");
+    uint16_t buffer[4] = {0x5A5A, 0x5A5A, 0x5A5A, 0x5A5A};
+    EDataID id = {1, 0, 0};
+    int32_t size = 4;
+    hostsim::setHandler(hostsim::Fx::FX_LoadEData, [](hostsim::Call& c) { return ui::serve(c); });
+    EXPECT_EQ(FX_LoadEData(0x7478626C, &id, buffer, &size, FXT_VERSION), 0);
+    EXPECT_EQ(buffer[0], 0x5A5A);
+    EXPECT_TRUE(ui::dialogs().empty());
 }
 
 }  // namespace

@@ -18,6 +18,16 @@ void resetUi() { ui::uiState() = ui::UiState(); }
 
 namespace ui {
 
+uint64_t serve(Call& c) {
+    static const BuiltIns* own = [] {
+        auto* b = new BuiltIns();
+        addUiBuiltIns(*b);
+        return b;
+    }();
+    const Handler& h = (*own)[static_cast<int>(c.fx)];
+    return h ? h(c) : 0;
+}
+
 UiState& uiState() {
     static UiState* s = new UiState();  // outlives static destructors that may still call in
     return *s;

@@ -64,6 +64,10 @@ void addLifecycleChecks(const Plan& plan, Checks& out);
 // Each host call of a run failing in turn; runs cancelled at every step.
 void addFaultChecks(const Plan& plan, Checks& out);
 void addCancelChecks(const Plan& plan, Checks& out);
+// Hostile host data, hostile input through the dialog, dialog message fuzz.
+void addHostileChecks(const Plan& plan, Checks& out);
+void addInputChecks(const Plan& plan, Checks& out);
+void addDialogFuzzChecks(const Plan& plan, Checks& out);
 
 // Every check of the plan, in the order they run.
 Checks allChecks(const Plan& plan);

@@ -10,6 +10,9 @@ const AddChecks kGroups[] = {
     addLifecycleChecks,
     addFaultChecks,
     addCancelChecks,
+    addHostileChecks,
+    addInputChecks,
+    addDialogFuzzChecks,
 };
 
 }  // namespace

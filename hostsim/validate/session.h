@@ -12,8 +12,10 @@
 #include "hostsim/document.h"
 #include "hostsim/plugin.h"
 #include "hostsim/score.h"
+#include "hostsim/ui.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -81,6 +83,9 @@ class Session {
     // errors, edits done wrong or left open, frames not given back or damaged,
     // buffers written or read out of bounds, and edit depths not back at 0.
     void checkHost(const std::string& where);
+    // The same, but for dialog and progress errors that `tolerated` answers
+    // true for: what a script or a host's own misbehaviour brings about.
+    void checkHost(const std::string& where, const std::function<bool(const hostsim::ui::Error&)>& tolerated);
 
     // Entry points, for checks that call them with odd arguments.
     using EnumerateFn = int16_t (*)(void*, int16_t, MenuItemRecord*);

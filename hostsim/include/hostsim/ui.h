@@ -137,6 +137,12 @@ HOSTSIM_API void scriptDialog(std::vector<Step> steps);
 //   pair in two. A limit below 1, or no buffer, is an error; nothing is written.
 // - FX_SetDlgFocus on a disabled or hidden control is an error.
 
+// The host's own behaviour of a dialog, alert or progress call, for a test's
+// behaviour that wraps it (setHandler), as doc::serve does for the document:
+// a wrapper may change the call's arguments first, e.g. run FX_Dialog with a
+// null user data pointer. Answers 0 for functions that are none of these.
+HOSTSIM_API uint64_t serve(Call& c);
+
 // ---- Dialog records ------------------------------------------------------
 
 struct Control {
