@@ -8,6 +8,8 @@ using AddChecks = void (*)(const Plan&, Checks&);
 
 const AddChecks kGroups[] = {
     addLifecycleChecks,
+    addScoreChecks,
+    addProcessChecks,
 };
 
 }  // namespace
