@@ -119,15 +119,22 @@ std::string changes(const ProcessState& a, const ProcessState& b) {
 }
 
 void processState(Context& cx) {
+    // The session sets these two itself; set first, they let the state before
+    // loading be compared with the state after it.
+    setenv("LC_ALL", "en_US.UTF-8", 1);
+    setenv("LANG", "en", 1);
+    const ProcessState unloaded = ProcessState::now();
     Session s(cx);
+    if (!s.loaded()) return;
+    const std::string loading = changes(unloaded, ProcessState::now());
+    cx.expect(loading.empty(), "after loading: " + loading);
+    cx.count("state comparisons");
     const ProcessState found = ProcessState::now();
     auto expectFound = [&](const std::string& after) {
         const std::string d = changes(found, ProcessState::now());
         cx.expect(d.empty(), "after " + after + ": " + d);
         cx.count("state comparisons");
     };
-    if (!s.loaded()) return;
-    expectFound("loading");
     if (!s.start()) return;
     expectFound("start-up");
 

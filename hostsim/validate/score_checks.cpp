@@ -242,6 +242,9 @@ void randomRuns(Context& cx) {
     s.terminate();
     cx.count("scores");
     cx.count("runs", 3);
+    cx.count("walks ended at 16 new capo chords", p1.fullLists + p2.fullLists);
+    cx.count("capo chords met", p1.capoChordsMet + p2.capoChordsMet + p3.capoChordsMet);
+    if (!sc.slotToStaff.empty()) cx.count("scores with shuffled slots");
 }
 
 // Undo: a run and its Undo, a run cancelled at the first progress call, a

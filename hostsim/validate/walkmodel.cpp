@@ -92,11 +92,16 @@ WalkPrediction predictWalk(const doc::Document& before, const WalkInput& in) {
             };
             for (size_t index = 0;; ++index) {
                 ++p.cost.chordLoads;
-                if (index >= list.size() || collected.size() == kNewCapoLimit) break;
+                if (index >= list.size()) break;
+                if (collected.size() == kNewCapoLimit) {
+                    ++p.fullLists;
+                    break;
+                }
                 if (!in.remove && in.showLabel && in.labelText) p.labelWritten = true;
                 score::ChordRecord c = list[index];
                 if (c.isCapo()) {
                     metCapo = true;
+                    ++p.capoChordsMet;
                     if (in.remove) {
                         ++p.cost.chordDeletes;
                         ++p.changed;

@@ -44,7 +44,9 @@ struct WalkCost {
 struct WalkPrediction {
     ChordMap chords; // every staff-measure's chords after the walk
     WalkCost cost;
-    int changed = 0; // chord records saved or deleted
+    int changed = 0;   // chord records saved or deleted
+    int fullLists = 0; // staff-measures whose walk ended at 16 new capo chords
+    int capoChordsMet = 0;
     bool labelWritten = false;
     bool cancelled = false;
     bool progressShown = false;
