@@ -13,6 +13,8 @@
 
 #include <cerrno>
 #include <cstring>
+#include <csignal>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -399,6 +401,8 @@ Child inFreshProcess(Context& cx, const RandomScore& sc) {
         return out;
     }
     if (pid == 0) {
+        // Not to outlive a check the watchdog has killed.
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
         close(fds[0]);
         Session s(cx);
         if (!s.start()) _exit(3);
