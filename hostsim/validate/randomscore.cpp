@@ -158,7 +158,7 @@ RandomScore randomScore(std::mt19937_64& r) {
     // and others anywhere.
     const int texts = pick(r, 0, 4);
     for (int i = 0; i < texts; ++i) {
-        TextSpec t;
+        PlacedText t;
         t.staff = static_cast<int16_t>(pick(r, 1, s.slots));
         t.measure = static_cast<int16_t>(chance(r, 50) ? 1 : pick(r, 1, s.measures));
         const bool label = chance(r, 50);
@@ -197,7 +197,7 @@ void RandomScore::build() const {
             hostsim::doc::putAs(hostsim::doc::kChord,
                                 {place.first, place.second, static_cast<int16_t>(i)}, cs[i]);
     // textBlock sets the text flag, as the host does for a measure with texts.
-    for (const TextSpec& t : texts)
+    for (const PlacedText& t : texts)
         sc.textBlock(t.staff, t.measure, t.horizontal, t.vertical, t.text);
     if (timesNewRoman) score::addFont(3, u"Times New Roman", 7);
     score::addFont(0, u"Default Font", 0);

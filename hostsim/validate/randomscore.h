@@ -28,7 +28,7 @@ struct RunSettings {
     bool remove = false;
 };
 
-struct TextSpec {
+struct PlacedText {
     int16_t staff, measure, horizontal, vertical;
     std::u16string text;
 };
@@ -41,7 +41,7 @@ struct RandomScore {
     std::map<std::pair<int16_t, int16_t>, std::vector<hostsim::score::ChordRecord>> chords;
     std::vector<hostsim::score::MeasureRecord>
         measureRecords; // [measure - 1], flags as the score has them
-    std::vector<TextSpec> texts;
+    std::vector<PlacedText> texts;
     bool timesNewRoman = false;  // the document knows the label's font by name
     bool fontDefinition = false; // and has its own font definition 14
     hostsim::score::Region region;
