@@ -54,9 +54,16 @@ score::ChordRecord staleCapo(std::mt19937_64& r, score::ChordRecord from) {
     return from;
 }
 
-const char* const kLabels[] = {"Capo 3", "Capo 1", "capo ^fret",          "Kapo 7",
-                               "",       "Capo",   "Capo 12 (play in G)", "\xC3\xA9tage 2",
-                               "x"};
+const char* const kLabels[] = {"Capo 3",
+                               "Capo 1",
+                               "capo ^fret",
+                               "Kapo 7",
+                               "",
+                               "Capo",
+                               "Capo 12 (play in G)",
+                               "\xC3\xA9tage 2",
+                               "x",
+                               "\xF0\x9F\x8E\xB8 Capo 2"};
 const char16_t* const kOtherTexts[] = {
     u"Verse", u"Capo", u"D.S. al Coda", u"^font(Arial,0)^size(9)Intro", u"", u"Capo 5", u"Fine"};
 
@@ -152,6 +159,9 @@ RandomScore randomScore(std::mt19937_64& r) {
     s.settings.showLabel = chance(r, 70);
     s.settings.label =
         kLabels[pick(r, 0, static_cast<int>(sizeof kLabels / sizeof kLabels[0]) - 1)];
+    // The longest label the field takes: the block's text is longer than the
+    // label search reads.
+    if (chance(r, 5)) s.settings.label = "Capo 2 " + std::string(248, 'y');
     s.settings.chordFlag = chance(r, 50);
 
     // Texts: blocks where a label of this run or of an earlier one would be,
@@ -169,6 +179,8 @@ RandomScore randomScore(std::mt19937_64& r) {
                      ? u"^font(Times New Roman,0)^nfx(2)^size(12)Capo 2"
                      : kOtherTexts[pick(
                            r, 0, static_cast<int>(sizeof kOtherTexts / sizeof kOtherTexts[0]) - 1)];
+        if (chance(r, 10)) t.text = u"Intro " + std::u16string(260, u'-') + u" Capo";
+        if (chance(r, 8)) t.broken = pick(r, 1, 2);
         s.texts.push_back(t);
     }
     s.timesNewRoman = chance(r, 50);
@@ -197,8 +209,26 @@ void RandomScore::build() const {
             hostsim::doc::putAs(hostsim::doc::kChord,
                                 {place.first, place.second, static_cast<int16_t>(i)}, cs[i]);
     // textBlock sets the text flag, as the host does for a measure with texts.
-    for (const PlacedText& t : texts)
+    for (const PlacedText& t : texts) {
         sc.textBlock(t.staff, t.measure, t.horizontal, t.vertical, t.text);
+        if (!t.broken) continue;
+        // Point the block (or its text block) at a number the document has
+        // none of, and never hands out: a damaged document.
+        const auto missing = static_cast<int16_t>(30000 + t.staff * 100 + t.measure);
+        const auto index = static_cast<int16_t>(score::measureTexts(t.staff, t.measure).size() - 1);
+        score::MeasureTextRecord mt = score::measureTexts(t.staff, t.measure).back();
+        const hostsim::doc::RecordId blockId{static_cast<int16_t>(mt.blockNumber), 0, 0};
+        if (t.broken == 1) {
+            mt.blockNumber = static_cast<uint16_t>(missing);
+            hostsim::doc::putAs(hostsim::doc::kMeasureText, {t.staff, t.measure, index}, mt);
+        } else {
+            score::TextBlockRecord tb;
+            std::memcpy(&tb, hostsim::doc::get(hostsim::doc::kTextBlock, blockId)->data(),
+                        sizeof tb);
+            tb.rawTextNumber = static_cast<uint16_t>(missing);
+            hostsim::doc::putAs(hostsim::doc::kTextBlock, blockId, tb);
+        }
+    }
     if (timesNewRoman) score::addFont(3, u"Times New Roman", 7);
     score::addFont(0, u"Default Font", 0);
     if (fontDefinition) score::setFontDefinition(14, 3, 10, 0x0001);

@@ -31,6 +31,8 @@ struct RunSettings {
 struct PlacedText {
     int16_t staff, measure, horizontal, vertical;
     std::u16string text;
+    // 1: its text block is gone; 2: its text block's raw text is gone.
+    int broken = 0;
 };
 
 struct RandomScore {

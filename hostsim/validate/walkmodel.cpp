@@ -5,6 +5,7 @@
 // at its end unless the run has met a capo chord anywhere before.
 #include "walkmodel.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace validate {
@@ -14,6 +15,8 @@ namespace doc = hostsim::doc;
 namespace score = hostsim::score;
 
 constexpr size_t kNewCapoLimit = 16;
+constexpr int16_t kLabelHorizontal = -200;
+constexpr size_t kRawTextReadLimit = 256; // units of a raw text the label search reads
 
 bool siblings(const score::ChordRecord& a, const score::ChordRecord& b) {
     return a.isCapo() != b.isCapo() && a.key1 == b.key1 && a.key2 == b.key2 && a.key3 == b.key3;
@@ -142,6 +145,53 @@ WalkPrediction predictWalk(const doc::Document& before, const WalkInput& in) {
     for (auto it = p.chords.begin(); it != p.chords.end();)
         it = it->second.empty() ? p.chords.erase(it) : std::next(it);
     return p;
+}
+
+int findLabelBlock(const doc::Document& d, int16_t staff, int16_t measure, int16_t vertical,
+                   const std::u16string& search) {
+    for (int16_t index = 0; index >= 0; ++index) {
+        auto placed = d.records.find({doc::kMeasureText, doc::RecordId{staff, measure, index}});
+        if (placed == d.records.end()) return -1;
+        score::MeasureTextRecord mt;
+        std::memcpy(&mt, placed->second.data(), std::min(placed->second.size(), sizeof mt));
+        if (mt.horizontal == kLabelHorizontal && mt.vertical == vertical) return index;
+        auto block = d.records.find(
+            {doc::kTextBlock, doc::RecordId{static_cast<int16_t>(mt.blockNumber), 0, 0}});
+        if (block == d.records.end()) return -1;
+        score::TextBlockRecord tb;
+        std::memcpy(&tb, block->second.data(), std::min(block->second.size(), sizeof tb));
+        auto raw = d.records.find(
+            {doc::kRawText, doc::RecordId{static_cast<int16_t>(tb.rawTextNumber), 0, 0}});
+        if (raw == d.records.end()) return -1;
+        std::u16string text(std::min<size_t>(raw->second.size() / 2, kRawTextReadLimit), u'\0');
+        if (!text.empty()) std::memcpy(&text[0], raw->second.data(), text.size() * 2);
+        text = text.substr(0, text.find(u'\0'));
+        if (!search.empty() && text.find(search) != std::u16string::npos) return index;
+    }
+    return -1;
+}
+
+std::map<int16_t, int> labelBlocksCreated(const doc::Document& before, const WalkInput& in,
+                                          const std::u16string& search) {
+    doc::Document d = before;
+    std::map<int16_t, int> out;
+    const int16_t measure = in.region.firstMeasure;
+    const auto baseline = static_cast<int16_t>(in.offset + 130);
+    for (int s = in.region.firstSlot; s <= in.region.lastSlot; ++s) {
+        const int16_t staff = in.staffOf(s);
+        if (findLabelBlock(d, staff, measure, baseline, search) != -1) continue;
+        ++out[staff];
+        int16_t index = 0;
+        while (d.records.count({doc::kMeasureText, doc::RecordId{staff, measure, index}}))
+            ++index;
+        score::MeasureTextRecord mt;
+        mt.horizontal = kLabelHorizontal;
+        mt.vertical = baseline;
+        std::vector<uint8_t> bytes(sizeof mt);
+        std::memcpy(bytes.data(), &mt, sizeof mt);
+        d.records[{doc::kMeasureText, doc::RecordId{staff, measure, index}}] = bytes;
+    }
+    return out;
 }
 
 } // namespace validate

@@ -53,6 +53,18 @@ struct WalkPrediction {
     int32_t steps = 0; // what the progress display is opened with
 };
 
+// Where the label search finds a block among the measure texts of a
+// staff-measure: the first at the label's place, or the first whose text
+// (its first 256 units) holds `search`; -1 when there is none, or when a
+// block before it has lost its text block or raw text.
+int findLabelBlock(const hostsim::doc::Document& d, int16_t staff, int16_t measure,
+                   int16_t vertical, const std::u16string& search);
+// How many label blocks a run that writes labels creates on each staff of the
+// region's first measure: one per slot whose search finds none, each new
+// block at the label's place being found by the slots after it.
+std::map<int16_t, int> labelBlocksCreated(const hostsim::doc::Document& before, const WalkInput& in,
+                                          const std::u16string& search);
+
 // The chord records of a document, by staff-measure, in index order.
 ChordMap chordsOf(const hostsim::doc::Document& d);
 WalkPrediction predictWalk(const hostsim::doc::Document& before, const WalkInput& in);
