@@ -494,6 +494,7 @@ Child inFreshProcess(Context& cx, const RandomScore& sc) {
         settings.remove = true;
         runOnce(s, sc, settings);
         s.terminate();
+        s.checkHost("in a fresh process");
         std::string message;
         const std::string d = serialized(doc::snapshot());
         putNumber(message, d.size());
