@@ -117,6 +117,20 @@ TEST_F(Store, RawTextsAreSizedInUnitsAndLoadsStopAtTheCapacity) {
     }
 }
 
+// A text block whose text is empty: its raw text record holds no units.
+TEST_F(Store, AnEmptyRawTextLoadsWithSizeZeroAndLeavesTheBufferAlone) {
+    doc::putText(doc::kRawText, {3, 0, 0}, u"");
+    for (int32_t capacity : {0, 1, 256}) {
+        Guarded buf(static_cast<size_t>(capacity) * 2 + 2, 0xEE);
+        int32_t size = capacity;
+        EDataID at{3, 0, 0};
+        ASSERT_EQ(FX_LoadEData(static_cast<int32_t>(doc::kRawText), &at, buf.data(), &size, FXT_VERSION), 1);
+        EXPECT_EQ(size, 0);
+        EXPECT_EQ(buf.bytes(), std::vector<uint8_t>(buf.size(), 0xEE)) << capacity;
+        EXPECT_TRUE(buf.intact());
+    }
+}
+
 TEST_F(Store, LoadOfAMissingRecordFailsAndLeavesTheBufferAlone) {
     doc::put(doc::kMeasure, {4, 0, 0}, std::vector<uint8_t>(30, 0x44));
     for (EDataID id : {EDataID{5, 0, 0}, EDataID{-1, 0, 0}}) {

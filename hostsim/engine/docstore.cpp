@@ -142,7 +142,8 @@ uint64_t load(Call& c) {
             const size_t have = it->second.size() / static_cast<size_t>(unit);
             if (uint8_t* buf = c.ptr<uint8_t>(2)) {
                 const size_t n = std::min(have, static_cast<size_t>(capacity));
-                std::memcpy(buf, it->second.data(), n * static_cast<size_t>(unit));
+                // An empty record (a raw text of no units) has no bytes to copy, nor an address.
+                if (n) std::memcpy(buf, it->second.data(), n * static_cast<size_t>(unit));
             }
             *size = static_cast<int32_t>(have);
             ok = true;

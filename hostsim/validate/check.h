@@ -68,6 +68,8 @@ void addCancelChecks(const Plan& plan, Checks& out);
 void addHostileChecks(const Plan& plan, Checks& out);
 void addInputChecks(const Plan& plan, Checks& out);
 void addDialogFuzzChecks(const Plan& plan, Checks& out);
+void addScoreChecks(const Plan& plan, Checks& out);
+void addProcessChecks(const Plan& plan, Checks& out);
 
 // Every check of the plan, in the order they run.
 Checks allChecks(const Plan& plan);

@@ -13,6 +13,8 @@ const AddChecks kGroups[] = {
     addHostileChecks,
     addInputChecks,
     addDialogFuzzChecks,
+    addScoreChecks,
+    addProcessChecks,
 };
 
 }  // namespace
