@@ -107,6 +107,7 @@ void Session::checkHost(const std::string& where) {
     const std::string at = where.empty() ? "" : where + ": ";
     for (const ui::Error& e : ui::errors()) cx_.fail(at + e.text);
     for (const std::string& e : edits::errors()) cx_.fail(at + e);
+    for (const hostsim::BufferFault& f : hostsim::bufferFaults()) cx_.fail(at + f.text);
     cx_.expect(doc::framesOut() == 0, at + std::to_string(doc::framesOut()) + " frames never given back");
     cx_.expect(doc::guardFaults() == 0, at + "a frame came back with its guard bytes changed");
     cx_.expect(doc::foreignFrames() == 0, at + "a frame was given back that the host never handed out");
