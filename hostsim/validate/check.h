@@ -61,6 +61,7 @@ using Checks = std::vector<Check>;
 
 // The groups of checks, each in a file of its own; checks.cpp lists them.
 void addLifecycleChecks(const Plan& plan, Checks& out);
+void addMissingChecks(const Plan& plan, Checks& out);
 
 // Every check of the plan, in the order they run.
 Checks allChecks(const Plan& plan);

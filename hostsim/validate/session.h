@@ -14,6 +14,7 @@
 #include "hostsim/score.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -80,7 +81,11 @@ class Session {
     // Everything the host holds against the plug-in: its dialog and progress
     // errors, edits done wrong or left open, frames not given back or damaged,
     // buffers written or read out of bounds, and edit depths not back at 0.
-    void checkHost(const std::string& where);
+    // `excused` may pass over dialog, progress and edit errors that a check
+    // expects (a host lacking a function); buffer faults, frames and the
+    // depths are never excused.
+    void checkHost(const std::string& where,
+                   const std::function<bool(const std::string&)>& excused = nullptr);
 
     // Entry points, for checks that call them with odd arguments.
     using EnumerateFn = int16_t (*)(void*, int16_t, MenuItemRecord*);
