@@ -56,7 +56,8 @@ TEST_F(Buffers, BehavioursWritePastTheRoomOnlyIntoTheGuards) {
          [](uint8_t* buf) {
              EDataID id{1, 0, 0};
              int32_t size = 5;
-             return host<RecordCall>(Fx::FX_LoadEData)(static_cast<int32_t>(doc::kRawText), &id, buf, &size, 0);
+             return host<RecordCall>(Fx::FX_LoadEData)(static_cast<int32_t>(doc::kRawText), &id, buf, &size,
+                                                       0);
          }},
         {"next chord record, 30 bytes", Fx::FX_NextEData, 2, 30,
          [](uint8_t* buf) {
@@ -107,10 +108,12 @@ TEST_F(Buffers, BuiltInBehavioursStopAtTheRoom) {
         Guarded buf(64, 0xCD);
         EDataID id{1, 0, 0};
         int32_t size = capacity;
-        EXPECT_EQ(host<RecordCall>(Fx::FX_LoadEData)(static_cast<int32_t>(doc::kRawText), &id, buf.data(), &size, 0),
+        EXPECT_EQ(host<RecordCall>(Fx::FX_LoadEData)(static_cast<int32_t>(doc::kRawText), &id, buf.data(),
+                                                     &size, 0),
                   1u);
         EXPECT_EQ(size, 14);
-        for (size_t i = static_cast<size_t>(capacity) * 2; i < buf.size(); ++i) ASSERT_EQ(buf.data()[i], 0xCD);
+        for (size_t i = static_cast<size_t>(capacity) * 2; i < buf.size(); ++i)
+            ASSERT_EQ(buf.data()[i], 0xCD);
     }
     EXPECT_TRUE(hostsim::bufferFaults().empty()) << hostsim::bufferFaults()[0].text;
     hostsim::reset();
@@ -121,7 +124,8 @@ TEST_F(Buffers, BuiltInBehavioursStopAtTheRoom) {
 // where the caller's memory ends; there the call must fail without a byte
 // read or written.
 TEST_F(Buffers, ClaimsBeyondTheCallersMemoryFailTheCallUntouched) {
-    if (!BUFFERS_TEST_ASAN) GTEST_SKIP() << "where a caller's memory ends is known in AddressSanitizer builds only";
+    if (!BUFFERS_TEST_ASAN)
+        GTEST_SKIP() << "where a caller's memory ends is known in AddressSanitizer builds only";
     doc::put(doc::kChord, {1, 1, 0}, std::vector<uint8_t>(200, 0x42));
     struct Case {
         const char* what;
@@ -135,8 +139,8 @@ TEST_F(Buffers, ClaimsBeyondTheCallersMemoryFailTheCallUntouched) {
              std::unique_ptr<uint8_t[]> small(new uint8_t[10]());
              EDataID id{1, 1, 0};
              int32_t size = 100;
-             const uint64_t r =
-                 host<RecordCall>(Fx::FX_LoadEData)(static_cast<int32_t>(doc::kChord), &id, small.get(), &size, 0);
+             const uint64_t r = host<RecordCall>(Fx::FX_LoadEData)(static_cast<int32_t>(doc::kChord), &id,
+                                                                   small.get(), &size, 0);
              EXPECT_EQ(std::vector<uint8_t>(small.get(), small.get() + 10), std::vector<uint8_t>(10, 0));
              EXPECT_EQ(size, 100);
              return r;

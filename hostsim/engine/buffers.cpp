@@ -84,7 +84,9 @@ std::vector<BufferFault>& faults() {
     return *f;
 }
 
-void record(Fx fx, const std::string& what) { faults().push_back({fx, std::string(info(fx).name) + ": " + what}); }
+void record(Fx fx, const std::string& what) {
+    faults().push_back({fx, std::string(info(fx).name) + ": " + what});
+}
 
 // The first byte of [p, p + n) that is not the plug-in's memory, or n. Only
 // an AddressSanitizer build can tell; any other answers n.

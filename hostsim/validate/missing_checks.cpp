@@ -94,26 +94,30 @@ void missingOne(Context& cx, Fx fx) {
                               doc::difference(e.before, after));
             } else if (e.state == edits::State::Open) {
                 if (r == 0) cancelTried = true;
-                const bool closerMissing = (r == 1 && fx == Fx::FX_EndZemloEdit) ||
-                                           (r == 0 && fx == Fx::FX_CancelZemloEdit);
+                const bool closerMissing =
+                    (r == 1 && fx == Fx::FX_EndZemloEdit) || (r == 0 && fx == Fx::FX_CancelZemloEdit);
                 cx.expect(closerMissing, where + ": the edit \"" + e.name + "\" was left open with result " +
                                              std::to_string(r));
             }
         }
         // Only the dialog confirms a run: a dialog the host cannot show changes nothing.
         if (fx == Fx::FX_Dialog || o.cancel || !shown) {
-            cx.expect(r == 0, where + ": the command answered " + std::to_string(r) + " without a confirmed dialog");
+            cx.expect(r == 0,
+                      where + ": the command answered " + std::to_string(r) + " without a confirmed dialog");
             cx.expect(all.size() == editsBefore, where + ": an edit was opened without a confirmed dialog");
             cx.expect(doc::difference(before, after).empty(),
-                      where + ": the document changed without a confirmed dialog: " + doc::difference(before, after));
+                      where + ": the document changed without a confirmed dialog: " +
+                          doc::difference(before, after));
         }
-        if (fx == Fx::FX_Dialog) cx.expect(!shown, where + ": a dialog was shown by a host without FX_Dialog");
+        if (fx == Fx::FX_Dialog)
+            cx.expect(!shown, where + ": a dialog was shown by a host without FX_Dialog");
         // Without the start of an edit, a run that answered 0 could still
         // have changed records the host cannot take back; with it, 0 means
         // the document is as it was.
         if (r == 0 && fx != Fx::FX_StartZemloEdit_UTF16)
             cx.expect(doc::difference(before, after).empty(),
-                      where + ": the command answered 0 and the document changed: " + doc::difference(before, after));
+                      where + ": the command answered 0 and the document changed: " +
+                          doc::difference(before, after));
         if (r == 1 && fx != Fx::FX_StartZemloEdit_UTF16)
             cx.expect(all.size() == editsBefore + 1 && all.back().state != edits::State::Cancelled,
                       where + ": the command answered 1 without exactly one edit kept");
@@ -148,8 +152,8 @@ void missingOne(Context& cx, Fx fx) {
     if (hostsim::lookups(fx) == 0) {
         cx.expect(added == 1, "without " + name + " (never looked up) the confirmed run answered " +
                                   std::to_string(added));
-        cx.expect(removed == 1, "without " + name + " (never looked up) the removal answered " +
-                                    std::to_string(removed));
+        cx.expect(removed == 1,
+                  "without " + name + " (never looked up) the removal answered " + std::to_string(removed));
     }
     s.checkHost("without " + name, excused);
 }
@@ -159,8 +163,8 @@ void missingOne(Context& cx, Fx fx) {
 void addMissingChecks(const Plan&, Checks& out) {
     for (int i = 0; i < hostsim::kFxCount; ++i) {
         const Fx fx = static_cast<Fx>(i);
-        out.push_back({std::string("missing/") + hostsim::info(fx).name, [fx](Context& cx) { missingOne(cx, fx); },
-                       30});
+        out.push_back({std::string("missing/") + hostsim::info(fx).name,
+                       [fx](Context& cx) { missingOne(cx, fx); }, 30});
     }
 }
 
