@@ -50,6 +50,7 @@ void missingOne(Context& cx, Fx fx) {
 
     // What a host without this function cannot do, and so does not hold against the plug-in.
     bool cancelTried = false;
+    size_t leftOpen = 0;  // edits only the missing function could have closed
     auto excused = [&](const std::string& e) {
         // Only FX_EndZemloEdit commits an edit; without it the committed run's edit stays open.
         if (fx == Fx::FX_EndZemloEdit) return contains(e, "left open") && contains(e, "edit \"");
@@ -96,6 +97,7 @@ void missingOne(Context& cx, Fx fx) {
                 if (r == 0) cancelTried = true;
                 const bool closerMissing =
                     (r == 1 && fx == Fx::FX_EndZemloEdit) || (r == 0 && fx == Fx::FX_CancelZemloEdit);
+                if (closerMissing) ++leftOpen;
                 cx.expect(closerMissing, where + ": the edit \"" + e.name + "\" was left open with result " +
                                              std::to_string(r));
             }
@@ -147,6 +149,14 @@ void missingOne(Context& cx, Fx fx) {
         cx.expect(ui::dialogs().size() == dialogsBefore,
                   "without FX_AlertMessage_UTF16 the question could not be asked, yet the dialog was shown");
     s.terminate();
+    // The edits still open are exactly those whose run needed the missing function to close them.
+    cx.expect(edits::openCount() == leftOpen,
+              "without " + name + ", " + std::to_string(edits::openCount()) + " edits are open, " +
+                  std::to_string(leftOpen) + " of them because the host cannot close them");
+    if (fx == Fx::FX_EndZemloEdit)
+        cx.expect(leftOpen == static_cast<size_t>(added + removed),
+                  "without FX_EndZemloEdit, " + std::to_string(leftOpen) + " edits stay open for " +
+                      std::to_string(added + removed) + " runs that answered 1");
 
     // A function the plug-in never looked up cannot have changed anything.
     if (hostsim::lookups(fx) == 0) {
