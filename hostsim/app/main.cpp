@@ -51,7 +51,7 @@ int usage() {
                  "                  [--label TEXT | --no-label] [--chord-flag] [--remove]\n"
                  "                  [--measures FIRST-LAST] [--staves FIRST-LAST] [-o OUT.musicxml]\n"
                  "       zemlo-host validate [--bundle PATH] [--seed N] [--level 1..10] [--only REGEX]\n"
-                 "                  [--json FILE] [--list]\n");
+                 "                  [--json FILE] [--timeout SECONDS] [--list]\n");
     return 2;
 }
 

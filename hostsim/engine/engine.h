@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstring>
+#include <vector>
 
 namespace hostsim {
 
@@ -14,6 +15,33 @@ namespace hostsim {
 uint64_t dispatch(Fx fx, const uint64_t* args, size_t n);
 // Called by the resolver at every lookup: counts it, answers presence.
 bool resolve(Fx fx);
+// The plug-in's buffers of one call (buffers.cpp): the constructor points
+// the call's buffer arguments at staged copies, with guard bytes after the
+// room the plug-in gave, unless a buffer claims memory that is not the
+// plug-in's (then refused() and nothing was touched); finish() checks the
+// guards and writes back what the behaviour changed within the room.
+class Staging {
+  public:
+    explicit Staging(Call& c);
+    bool refused() const { return refused_; }
+    void finish();
+
+  private:
+    static constexpr size_t kGuard = 16;
+    static constexpr uint8_t kGuardByte = 0xFD;
+    struct Copy {
+        size_t arg = 0;
+        uint8_t* plugin = nullptr;
+        size_t bytes = 0;
+        std::vector<uint8_t> before;  // the plug-in's bytes as handed over
+        std::vector<uint8_t> work;    // what the behaviour sees, guards after
+    };
+    Fx fx_;
+    bool refused_ = false;
+    std::vector<Copy> copies_;
+};
+void resetBuffers();
+
 // The document store (docstore.cpp): which functions it serves as built-in
 // behaviours, and its return to an empty document.
 bool servedByDocument(Fx fx);

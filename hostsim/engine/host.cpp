@@ -99,6 +99,7 @@ void reset() {
     resetUi();
     resetScore();
     resetEdits();
+    resetBuffers();
 }
 
 void setPresent(Fx fx, bool present) { state().present[idx(fx)] = present; }
@@ -143,11 +144,22 @@ uint64_t dispatch(Fx fx, const uint64_t* args, size_t n) {
     size_t at = s.log.size();
     if (s.logging) s.log.push_back(c);
     if (!c.faulted) {
-        if (s.handlers[idx(fx)]) c.result = s.handlers[idx(fx)](c);
-        else if (!s.programmed[idx(fx)] && s.builtIns[idx(fx)]) c.result = s.builtIns[idx(fx)](c);
-        else c.result = s.results[idx(fx)];
+        // The behaviour sees the plug-in's buffers through guarded copies.
+        Call work = c;
+        Staging staging(work);
+        if (staging.refused()) {
+            c.faulted = true;
+        } else {
+            if (s.handlers[idx(fx)]) c.result = s.handlers[idx(fx)](work);
+            else if (!s.programmed[idx(fx)] && s.builtIns[idx(fx)]) c.result = s.builtIns[idx(fx)](work);
+            else c.result = s.results[idx(fx)];
+            staging.finish();
+        }
     }
-    if (s.logging && at < s.log.size()) s.log[at].result = c.result;
+    if (s.logging && at < s.log.size()) {
+        s.log[at].result = c.result;
+        s.log[at].faulted = c.faulted;
+    }
     return c.result;
 }
 

@@ -68,8 +68,11 @@ void addCancelChecks(const Plan& plan, Checks& out);
 void addHostileChecks(const Plan& plan, Checks& out);
 void addInputChecks(const Plan& plan, Checks& out);
 void addDialogFuzzChecks(const Plan& plan, Checks& out);
+// Random scores, determinism across processes, undo; process-wide state.
 void addScoreChecks(const Plan& plan, Checks& out);
 void addProcessChecks(const Plan& plan, Checks& out);
+// Each host function missing from the start, in turn.
+void addMissingChecks(const Plan& plan, Checks& out);
 
 // Every check of the plan, in the order they run.
 Checks allChecks(const Plan& plan);

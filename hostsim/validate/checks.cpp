@@ -8,6 +8,7 @@ using AddChecks = void (*)(const Plan&, Checks&);
 
 const AddChecks kGroups[] = {
     addLifecycleChecks,
+    addMissingChecks,
     addFaultChecks,
     addCancelChecks,
     addHostileChecks,

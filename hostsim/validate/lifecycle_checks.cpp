@@ -132,12 +132,64 @@ void invokeItems(Context& cx) {
     }
 }
 
+// The command confirmed with a label on part of a small score, then the
+// removal of what it wrote: both answer 1, the first writes capo chords and
+// the second takes every one of them away, ordinary chords and everything
+// outside the region stay, and the host holds nothing against the plug-in.
+void runOnce(Context& cx) {
+    Session s(cx);
+    if (!s.start()) return;
+    score::Score sc(2, 4);
+    for (int16_t m = 1; m <= 4; ++m) {
+        score::ChordRecord chord;
+        chord.key1 = m;
+        chord.key3 = static_cast<int16_t>(cx.between(0, 3) * 240);
+        sc.chord(1, m, chord);
+        if (m % 2) sc.chord(2, m, chord);
+    }
+    sc.textBlock(2, 4, 0, 0, u"outside the region");
+    const score::Region region = score::region(1, 1, 2, 3);
+    const std::set<int16_t> staves{1, 2};
+    auto capoChords = [] {
+        size_t n = 0;
+        for (int16_t staff = 1; staff <= 2; ++staff)
+            for (int16_t m = 1; m <= 4; ++m)
+                for (const score::ChordRecord& c : score::chords(staff, m)) n += c.isCapo() ? 1 : 0;
+        return n;
+    };
+
+    zemlo::RunOptions confirmed;
+    confirmed.capo = "2";
+    confirmed.setLabel = true;
+    confirmed.label = "Capo 2";
+    const doc::Document start = doc::snapshot();
+    cx.expect(s.run(confirmed, &region, sc.whole()) == 1, "the confirmed run did not answer 1");
+    const doc::Document added = doc::snapshot();
+    cx.expect(capoChords() == 5, "the confirmed run wrote " + std::to_string(capoChords()) +
+                                     " capo chords for the region's 5 chords");
+    expectOrdinaryKept(cx, start, added, "the confirmed run");
+    expectOutsideUnchanged(cx, start, added, region, staves, "the confirmed run");
+
+    zemlo::RunOptions removal;
+    removal.capo = "2";
+    removal.remove = true;
+    cx.expect(s.run(removal, &region, sc.whole()) == 1, "the removal did not answer 1");
+    const doc::Document removed = doc::snapshot();
+    cx.expect(capoChords() == 0, std::to_string(capoChords()) + " capo chords left after the removal");
+    expectOrdinaryKept(cx, added, removed, "the removal");
+    expectOutsideUnchanged(cx, added, removed, region, staves, "the removal");
+    s.terminate();
+    s.checkHost("");
+    cx.count("runs", 2);
+}
+
 }  // namespace
 
 void addLifecycleChecks(const Plan&, Checks& out) {
     out.push_back({"lifecycle/fresh-copies", freshCopies, 120});
     out.push_back({"lifecycle/enumerate", enumerate});
     out.push_back({"lifecycle/invoke-items", invokeItems});
+    out.push_back({"lifecycle/run", runOnce});
 }
 
 }  // namespace validate

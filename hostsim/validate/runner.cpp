@@ -82,7 +82,8 @@ std::string regexEscaped(const std::string& s) {
 
 std::string replayCommand(const Options& o, const std::string& name) {
     return selfPath() + " validate --bundle " + shellQuoted(o.plan.bundle) + " --seed " +
-           std::to_string(o.plan.seed) + " --level " + std::to_string(o.plan.level) + " --only " +
+           std::to_string(o.plan.seed) + " --level " + std::to_string(o.plan.level) +
+           (o.timeoutSeconds > 0 ? " --timeout " + std::to_string(o.timeoutSeconds) : std::string()) + " --only " +
            shellQuoted("^" + regexEscaped(name) + "$");
 }
 
@@ -185,7 +186,8 @@ Outcome runOne(const Check& check, const Options& options) {
         return o;
     }
 
-    const auto deadline = start + std::chrono::seconds(check.timeoutSeconds);
+    const int limit = options.timeoutSeconds > 0 ? options.timeoutSeconds : check.timeoutSeconds;
+    const auto deadline = start + std::chrono::seconds(limit);
     std::string pending;
     bool finished = false, timedOut = false;
     for (;;) {
@@ -216,7 +218,7 @@ Outcome runOne(const Check& check, const Options& options) {
     }
     o.milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
 
-    if (timedOut) o.crash = "timeout after " + std::to_string(check.timeoutSeconds) + " s";
+    if (timedOut) o.crash = "timeout after " + std::to_string(limit) + " s";
     else if (WIFSIGNALED(status)) o.crash = signalName(WTERMSIG(status));
     else if (WIFEXITED(status) && WEXITSTATUS(status) != 0) o.crash = "exit status " + std::to_string(WEXITSTATUS(status));
     else if (!finished) o.crash = "the check ended without finishing";
@@ -298,7 +300,7 @@ bool parseOptions(int argc, char** argv, int first, Options* o, std::string* err
     for (int i = first; i < argc; ++i) {
         const std::string arg = argv[i];
         const bool takesValue = arg == "--bundle" || arg == "--seed" || arg == "--level" ||
-                                arg == "--only" || arg == "--json";
+                                arg == "--only" || arg == "--json" || arg == "--timeout";
         if (arg == "--list") {
             o->list = true;
             continue;
@@ -324,6 +326,13 @@ bool parseOptions(int argc, char** argv, int first, Options* o, std::string* err
                 return false;
             }
             o->plan.seed = v;
+        } else if (arg == "--timeout") {
+            long seconds = 0;
+            if (!parseNumber(value, 1, 3600, &seconds)) {
+                *error = std::string("--timeout wants 1 to 3600 seconds, not ") + value;
+                return false;
+            }
+            o->timeoutSeconds = static_cast<int>(seconds);
         } else {
             long level = 0;
             if (!parseNumber(value, 1, 10, &level)) {

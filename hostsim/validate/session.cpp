@@ -104,14 +104,27 @@ int32_t Session::massDepth() const {
 }
 
 void Session::checkHost(const std::string& where) {
-    checkHost(where, [](const ui::Error&) { return false; });
+    checkHost(where, [](const std::string&) { return false; });
 }
 
 void Session::checkHost(const std::string& where, const std::function<bool(const ui::Error&)>& tolerated) {
-    const std::string at = where.empty() ? "" : where + ": ";
     for (const ui::Error& e : ui::errors())
-        if (!tolerated(e)) cx_.fail(at + e.text);
-    for (const std::string& e : edits::errors()) cx_.fail(at + e);
+        if (!tolerated(e)) cx_.fail((where.empty() ? "" : where + ": ") + e.text);
+    checkHostBeyondDialogs(where, nullptr);
+}
+
+void Session::checkHost(const std::string& where, const std::function<bool(const std::string&)>& excused) {
+    for (const ui::Error& e : ui::errors())
+        if (!excused(e.text)) cx_.fail((where.empty() ? "" : where + ": ") + e.text);
+    checkHostBeyondDialogs(where, excused);
+}
+
+void Session::checkHostBeyondDialogs(const std::string& where,
+                                     const std::function<bool(const std::string&)>& excused) {
+    const std::string at = where.empty() ? "" : where + ": ";
+    for (const std::string& e : edits::errors())
+        if (!excused || !excused(e)) cx_.fail(at + e);
+    for (const hostsim::BufferFault& f : hostsim::bufferFaults()) cx_.fail(at + f.text);
     cx_.expect(doc::framesOut() == 0, at + std::to_string(doc::framesOut()) + " frames never given back");
     cx_.expect(doc::guardFaults() == 0, at + "a frame came back with its guard bytes changed");
     cx_.expect(doc::foreignFrames() == 0, at + "a frame was given back that the host never handed out");

@@ -86,6 +86,10 @@ class Session {
     // The same, but for dialog and progress errors that `tolerated` answers
     // true for: what a script or a host's own misbehaviour brings about.
     void checkHost(const std::string& where, const std::function<bool(const hostsim::ui::Error&)>& tolerated);
+    // The same, but `excused` may pass over dialog, progress and edit errors,
+    // by their text, that a check expects (a host lacking a function). Buffer
+    // faults, frames and the depths are never excused.
+    void checkHost(const std::string& where, const std::function<bool(const std::string&)>& excused);
 
     // Entry points, for checks that call them with odd arguments.
     using EnumerateFn = int16_t (*)(void*, int16_t, MenuItemRecord*);
@@ -97,6 +101,9 @@ class Session {
     }
 
   private:
+    // Edits, buffers, frames and depths: the part of checkHost past the dialogs.
+    void checkHostBeyondDialogs(const std::string& where,
+                                const std::function<bool(const std::string&)>& excused);
     Context& cx_;
     std::unique_ptr<hostsim::Plugin> plugin_;
 };

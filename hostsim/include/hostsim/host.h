@@ -80,6 +80,18 @@ HOSTSIM_API void clearCalls();
 // Calls of fx since the last reset, logged or not.
 HOSTSIM_API size_t count(Fx fx);
 
+// Buffers the plug-in handed over wrongly, or the host overran: a buffer
+// claiming more room than the plug-in's memory holds (found in
+// AddressSanitizer builds, before anything is touched; the call then fails),
+// a text without a terminator inside the plug-in's memory, and a behaviour
+// that wrote past the room it was given (the plug-in's bytes stay as they
+// were: the behaviour wrote into a guarded copy).
+struct BufferFault {
+    Fx fx;
+    std::string text;  // starts with the function's name
+};
+HOSTSIM_API const std::vector<BufferFault>& bufferFaults();
+
 // The engine's own address for fx, whatever its presence: what a lookup of a
 // present function yields.
 HOSTSIM_API void* implementation(Fx fx);
