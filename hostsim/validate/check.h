@@ -17,6 +17,7 @@ struct Plan {
     std::string bundle;  // the plug-in bundle under test
     uint64_t seed = 1;   // the run's seed; each check derives its own from it
     int level = 5;       // 1..10: how many scores, fault points, repetitions
+    int timeoutSeconds = 0;  // the watchdog's limit for every check; 0: each check's own
 };
 
 // A count between `atLevel1` and `atLevel10`, growing with the plan's level.

@@ -16,6 +16,8 @@
 #include "hostsim/ui.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -24,6 +26,8 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -313,14 +317,34 @@ CallCounts discover(const Plan& plan) {
         _exit(0);
     }
     close(fds[1]);
+    // A plug-in that hangs here gets no fault checks listed; its reference
+    // checks then hang under the runner's watchdog and say so.
+    const int limit = plan.timeoutSeconds > 0 ? plan.timeoutSeconds : 60;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(limit);
     std::string text;
     char buf[4096];
-    ssize_t n;
-    while ((n = read(fds[0], buf, sizeof buf)) > 0)
+    bool timedOut = false;
+    for (;;) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+                              deadline - std::chrono::steady_clock::now())
+                              .count();
+        if (left <= 0) {
+            timedOut = true;
+            break;
+        }
+        pollfd p{fds[0], POLLIN, 0};
+        const int r = poll(&p, 1, static_cast<int>(left));
+        if (r <= 0) continue;
+        const ssize_t n = read(fds[0], buf, sizeof buf);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) break;
         text.append(buf, static_cast<size_t>(n));
+    }
     close(fds[0]);
+    if (timedOut) kill(pid, SIGKILL);
     int status = 0;
-    waitpid(pid, &status, 0);
+    while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return {};
     size_t at = 0;
     while (at < text.size()) {

@@ -83,7 +83,7 @@ std::string regexEscaped(const std::string& s) {
 std::string replayCommand(const Options& o, const std::string& name) {
     return selfPath() + " validate --bundle " + shellQuoted(o.plan.bundle) + " --seed " +
            std::to_string(o.plan.seed) + " --level " + std::to_string(o.plan.level) +
-           (o.timeoutSeconds > 0 ? " --timeout " + std::to_string(o.timeoutSeconds) : std::string()) + " --only " +
+           (o.plan.timeoutSeconds > 0 ? " --timeout " + std::to_string(o.plan.timeoutSeconds) : std::string()) + " --only " +
            shellQuoted("^" + regexEscaped(name) + "$");
 }
 
@@ -186,7 +186,7 @@ Outcome runOne(const Check& check, const Options& options) {
         return o;
     }
 
-    const int limit = options.timeoutSeconds > 0 ? options.timeoutSeconds : check.timeoutSeconds;
+    const int limit = options.plan.timeoutSeconds > 0 ? options.plan.timeoutSeconds : check.timeoutSeconds;
     const auto deadline = start + std::chrono::seconds(limit);
     std::string pending;
     bool finished = false, timedOut = false;
@@ -332,7 +332,7 @@ bool parseOptions(int argc, char** argv, int first, Options* o, std::string* err
                 *error = std::string("--timeout wants 1 to 3600 seconds, not ") + value;
                 return false;
             }
-            o->timeoutSeconds = static_cast<int>(seconds);
+            o->plan.timeoutSeconds = static_cast<int>(seconds);
         } else {
             long level = 0;
             if (!parseNumber(value, 1, 10, &level)) {

@@ -14,7 +14,6 @@ struct Options {
     std::string only;  // a regular expression over check names; empty: all
     std::string json;  // where to write the report as JSON; empty: nowhere
     bool list = false; // name the checks only
-    int timeoutSeconds = 0;  // the watchdog's limit for every check; 0: each check's own
 };
 
 // Reads the options after `validate`. False with *error set when they do not parse.
