@@ -20,7 +20,8 @@ struct Plan {
     int timeoutSeconds = 0;  // the watchdog's limit for every check; 0: each check's own
 };
 
-// A count between `atLevel1` and `atLevel10`, growing with the plan's level.
+// A count between `atLevel1` and `atLevel10`, growing with the plan's level
+// by the same factor at each step.
 int byLevel(const Plan& plan, int atLevel1, int atLevel10);
 
 // Inside the child: what the check found. Failures and counts travel to the

@@ -287,7 +287,7 @@ void fuzzRun(Context& cx) {
 } // namespace
 
 void addDialogFuzzChecks(const Plan& plan, Checks& out) {
-    const int n = byLevel(plan, 10, 200);
+    const int n = byLevel(plan, 10, 1500);
     for (int i = 1; i <= n; ++i)
         out.push_back({"dialog-fuzz/" + std::to_string(i), fuzzRun});
 }

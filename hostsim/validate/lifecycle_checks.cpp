@@ -15,7 +15,7 @@ namespace {
 namespace ui = hostsim::ui;
 
 void freshCopies(Context& cx) {
-    const int copies = byLevel(cx.plan(), 5, 60);
+    const int copies = byLevel(cx.plan(), 5, 200);
     for (int i = 0; i < copies && !cx.failures(); ++i) {
         Session s(cx, /*freshCopy=*/true);
         if (!s.start()) return;

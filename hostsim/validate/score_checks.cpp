@@ -568,13 +568,13 @@ void determinism(Context& cx) {
 } // namespace
 
 void addScoreChecks(const Plan& plan, Checks& out) {
-    const int scores = byLevel(plan, 20, 400);
+    const int scores = byLevel(plan, 20, 2500);
     for (int n = 1; n <= scores; ++n)
         out.push_back({"random/" + std::to_string(n), randomRuns});
-    const int pairs = byLevel(plan, 3, 40);
+    const int pairs = byLevel(plan, 3, 200);
     for (int n = 1; n <= pairs; ++n)
         out.push_back({"determinism/" + std::to_string(n), determinism});
-    const int undos = byLevel(plan, 10, 150);
+    const int undos = byLevel(plan, 10, 600);
     for (int n = 1; n <= undos; ++n)
         out.push_back({"undo/" + std::to_string(n), undoRuns});
 }
