@@ -40,22 +40,22 @@ enum class Room : uint8_t {
     Text,     // a terminated text of `n`-byte units
 };
 
-struct Spec {
+struct BufferArg {
     size_t arg;
     Room room;
     size_t n;
     size_t from;
 };
 
-using Specs = std::vector<Spec>;
+using BufferArgs = std::vector<BufferArg>;
 
 constexpr size_t kIdBytes = 6;  // three 16-bit numbers
 
-const std::array<Specs, kFxCount>& specs() {
-    static const std::array<Specs, kFxCount> table = [] {
-        std::array<Specs, kFxCount> t;
-        auto set = [&t](Fx fx, Specs s) { t[static_cast<size_t>(fx)] = std::move(s); };
-        const Spec id{1, Room::Fixed, kIdBytes, 0};
+const std::array<BufferArgs, kFxCount>& bufferArgs() {
+    static const std::array<BufferArgs, kFxCount> table = [] {
+        std::array<BufferArgs, kFxCount> t;
+        auto set = [&t](Fx fx, BufferArgs s) { t[static_cast<size_t>(fx)] = std::move(s); };
+        const BufferArg id{1, Room::Fixed, kIdBytes, 0};
         // The size location comes before the buffer it sizes.
         set(Fx::FX_LoadEData, {id, {3, Room::Fixed, 4, 0}, {2, Room::CountAt, 0, 3}});
         set(Fx::FX_SaveEData, {id, {2, Room::Count, 0, 3}});
@@ -110,7 +110,7 @@ const std::vector<BufferFault>& bufferFaults() { return faults(); }
 void resetBuffers() { faults().clear(); }
 
 Staging::Staging(Call& c) : fx_(c.fx) {
-    for (const Spec& s : specs()[static_cast<size_t>(c.fx)]) {
+    for (const BufferArg& s : bufferArgs()[static_cast<size_t>(c.fx)]) {
         auto* p = c.ptr<uint8_t>(s.arg);
         if (!p) continue;
         size_t bytes = 0;
