@@ -23,17 +23,7 @@
 
 namespace {
 
-// The host's menu item record. The plug-in fills the first 772 bytes; the
-// host's record is longer, and the rest must come back as it went in.
-struct MenuItemRecord {
-    uint16_t itemText[128];
-    uint16_t secondText[128];
-    uint16_t undoText[128];
-    uint16_t word1;
-    uint16_t word2;
-    uint8_t hostOnly[252];
-};
-static_assert(sizeof(MenuItemRecord) == 1024, "the host's record");
+using zemlo::MenuItemRecord;
 
 // Menu items beyond this many mean a plug-in that never says "no more".
 constexpr int kMaxItems = 64;

@@ -11,6 +11,19 @@
 
 namespace zemlo {
 
+// The host's menu item record. The plug-in fills the first 772 bytes; the
+// host's record is longer, and the rest must come back as it went in.
+struct MenuItemRecord {
+    uint16_t itemText[128];
+    uint16_t secondText[128];
+    uint16_t undoText[128];
+    uint16_t word1;
+    uint16_t word2;
+    uint8_t hostOnly[252];
+};
+static_assert(sizeof(MenuItemRecord) == 1024, "the host's record");
+
+
 struct RunOptions {
     std::string score = "sample";
     std::string unit;       // the score's measurement unit by name; empty: none set (EVPU)

@@ -40,22 +40,7 @@ using hostsim::Fx;
 
 // ---- Scores ---------------------------------------------------------------
 
-score::ChordRecord chordSymbol(int32_t key3, int16_t vertical) {
-    score::ChordRecord c;
-    c.key1 = static_cast<int16_t>(key3 & 0x7F);
-    c.key2 = static_cast<int16_t>(-1 - (key3 & 0x3));
-    for (size_t i = 0; i < sizeof c.host4; ++i)
-        c.host4[i] = static_cast<uint8_t>(0x11 + i);
-    for (size_t i = 0; i < sizeof c.host10; ++i)
-        c.host10[i] = static_cast<uint8_t>(0x31 + i);
-    for (size_t i = 0; i < sizeof c.host24; ++i)
-        c.host24[i] = static_cast<uint8_t>(0x51 + i);
-    c.vertical = vertical;
-    c.flags = 0x0123;
-    c.capoBits = 0x0A95; // host bits above the capo flag, stale fret bits below it
-    c.key3 = key3;
-    return c;
-}
+score::ChordRecord chordSymbol(int32_t key3, int16_t vertical) { return markedChord(key3, vertical); }
 
 // Four staves and six measures; the runs select staves 1 to 3 of measures 2
 // to 5, so staff 4 and measures 1 and 6 are outside. Inside: two chords in

@@ -21,22 +21,7 @@ namespace ui = hostsim::ui;
 
 // A chord symbol whose own bytes are marked, so that a capo chord is seen to
 // copy them.
-score::ChordRecord symbol(int32_t key3, int16_t vertical) {
-    score::ChordRecord c;
-    c.key1 = static_cast<int16_t>(key3 & 0x7F);
-    c.key2 = static_cast<int16_t>(-1 - (key3 & 0x3));
-    for (size_t i = 0; i < sizeof c.host4; ++i)
-        c.host4[i] = static_cast<uint8_t>(0x11 + i + key3);
-    for (size_t i = 0; i < sizeof c.host10; ++i)
-        c.host10[i] = static_cast<uint8_t>(0x31 + i);
-    for (size_t i = 0; i < sizeof c.host24; ++i)
-        c.host24[i] = static_cast<uint8_t>(0x51 + i);
-    c.vertical = vertical;
-    c.flags = 0x0123;
-    c.capoBits = 0x0A95;
-    c.key3 = key3;
-    return c;
-}
+score::ChordRecord symbol(int32_t key3, int16_t vertical) { return markedChord(key3, vertical, key3); }
 
 zemlo::RunOptions writing(const std::string& capo = "", const std::string& distance = "") {
     zemlo::RunOptions o;

@@ -132,6 +132,20 @@ void Session::checkHostBeyondDialogs(const std::string& where,
     cx_.expect(massDepth() == 0, at + "MassEditDepth is " + std::to_string(massDepth()) + ", not 0");
 }
 
+score::ChordRecord markedChord(int32_t key3, int16_t vertical, int mark) {
+    score::ChordRecord c;
+    c.key1 = static_cast<int16_t>(key3 & 0x7F);
+    c.key2 = static_cast<int16_t>(-1 - (key3 & 0x3));
+    for (size_t i = 0; i < sizeof c.host4; ++i) c.host4[i] = static_cast<uint8_t>(0x11 + i + mark);
+    for (size_t i = 0; i < sizeof c.host10; ++i) c.host10[i] = static_cast<uint8_t>(0x31 + i);
+    for (size_t i = 0; i < sizeof c.host24; ++i) c.host24[i] = static_cast<uint8_t>(0x51 + i);
+    c.vertical = vertical;
+    c.flags = 0x0123;
+    c.capoBits = 0x0A95;  // host bits above the capo flag, stale fret bits below it
+    c.key3 = key3;
+    return c;
+}
+
 score::Region wholeOf(int staves, int measures) {
     return score::region(1, 1, static_cast<int16_t>(staves), static_cast<int16_t>(measures));
 }

@@ -44,17 +44,7 @@ class Guarded {
     size_t size_;
 };
 
-// The host's menu item record: the plug-in fills the first 772 bytes, the
-// rest is the host's and must come back as it went in.
-struct MenuItemRecord {
-    uint16_t itemText[128];
-    uint16_t secondText[128];
-    uint16_t undoText[128];
-    uint16_t word1;
-    uint16_t word2;
-    uint8_t hostOnly[252];
-};
-static_assert(sizeof(MenuItemRecord) == 1024, "the host's record");
+using zemlo::MenuItemRecord;
 
 class Session {
   public:
@@ -107,6 +97,11 @@ class Session {
     Context& cx_;
     std::unique_ptr<hostsim::Plugin> plugin_;
 };
+
+// A chord symbol whose own bytes are all marked (the host's bytes from
+// 0x11 + mark on, flag bits and capo bits 7 to 15, stale fret bits), so that a
+// capo chord is seen to copy them and an ordinary chord to keep them.
+score::ChordRecord markedChord(int32_t key3, int16_t vertical, int mark = 0);
 
 // The region of a score: every staff and measure.
 score::Region wholeOf(int staves, int measures);
