@@ -92,7 +92,9 @@ struct Run {
         // Index stays below the 16-bit limit even for a host that answers
         // every load.
         for (int index = 0; index < SHRT_MAX; ++index) {
-            EDTChord2010 chord;
+            // Cleared each time: a record the host answers short reads as its
+            // own bytes and zeros, not as the record read before it.
+            EDTChord2010 chord = {};
             if (!loadChord(staff, measure, static_cast<int16_t>(index), chord)) break;
             if (newCount == kMaxNewCapoChords) break;  // this record and the rest stay as they are
 
@@ -113,7 +115,7 @@ struct Run {
                     removeLabelBlock(label ? label : kNoText, staff, measure);
                 } else {
                     writeCapoFret(chord, capoFret);
-                    EDTChord2010 sibling;
+                    EDTChord2010 sibling = {};
                     EDataID from = {staff, measure, 0};
                     chord.vertical = GetSiblingChord(&from, chord, &sibling)
                                          ? static_cast<int16_t>(sibling.vertical + vertOffset)
@@ -157,7 +159,7 @@ short GetSiblingChord(EDataID* id, EDTChord2010 chord, EDTChord2010* sibling) {
     if (!id) return 0;
     short found = 0;
     for (;;) {
-        EDTChord2010 candidate;
+        EDTChord2010 candidate = {};
         int32_t size = sizeof candidate;
         if (!FX_LoadEData(kTagChord, id, &candidate, &size, FXT_VERSION)) break;
         if (isCapoChord(candidate) != isCapoChord(chord) &&

@@ -488,4 +488,26 @@ TEST_F(Brevado, FailedUpdateOrDeleteIsNotCountedAndTheWalkGoesOn) {
     }
 }
 
+// A chord record the host answers shorter than a whole record reads as its
+// bytes followed by zeros, never as what the record before it left behind:
+// here an ordinary chord cut short after a capo chord stays as it is.
+TEST_F(Brevado, ShortChordRecordReadsAsItsOwnBytesOnly) {
+    for (size_t length : {size_t{0}, size_t{10}, size_t{23}}) {
+        SCOPED_TRACE("record of " + std::to_string(length) + " bytes");
+        hostsim::reset();
+        score::Score s(1, 1);
+        const ChordRecord a = chordSymbol(0, 40), b = chordSymbol(240, 20, 0x21);
+        s.chord(1, 1, a).chord(1, 1, capoOf(a, 1, 0, false));
+        std::vector<uint8_t> cut = bytesOf(b);
+        cut.resize(length);
+        doc::put(doc::kChord, {1, 1, 2}, cut);
+        Expected e{doc::snapshot()};
+        e.chord(1, 1, 1, capoOf(a, 3, 104, false));
+        short count = 0;
+        EXPECT_EQ(run(s.whole(), {}, &count), 1);
+        EXPECT_EQ(count, 1);
+        EXPECT_DOCUMENT(e);
+    }
+}
+
 }  // namespace

@@ -2,6 +2,7 @@
 // forwarders as the command will reach it: the host's numbering rules per
 // kind, sizes in units, loads that never write past the capacity, frames
 // behind guard bytes, and the log and snapshots that later suites build on.
+#include "hostsim/score.h"
 #include "records.h"
 
 #include <string>
@@ -173,6 +174,33 @@ TEST_F(Store, PreviousAndNextWalkAKindAndSayWhereTheyAre) {
     ASSERT_EQ(FX_PreviousEData(static_cast<int32_t>(doc::kFontName), &id, buf, 4, FXT_VERSION), 1);
     EXPECT_EQ(id.first, 1);
     EXPECT_EQ(buf[0], 2);
+}
+
+// Stepping onto an empty record, and building a score over an empty measure
+// record: there is nothing to copy, and the sanitizers stop a copy from a
+// record that has no bytes.
+TEST_F(Store, EmptyRecordsAreSteppedOntoAndBuiltOverWithoutACopy) {
+    doc::put(doc::kFontName, {1, 0, 0}, {});
+    doc::put(doc::kFontName, {2, 0, 0}, std::vector<uint8_t>(4, 0x22));
+    uint8_t buf[4] = {0xEE, 0xEE, 0xEE, 0xEE};
+    EDataID id{0, 0, 0};
+    ASSERT_EQ(FX_NextEData(static_cast<int32_t>(doc::kFontName), &id, buf, 4, FXT_VERSION), 1);
+    EXPECT_EQ(id.first, 1);
+    EXPECT_EQ(buf[0], 0xEE);
+    id = {3, 0, 0};
+    ASSERT_EQ(FX_PreviousEData(static_cast<int32_t>(doc::kFontName), &id, buf, 4, FXT_VERSION), 1);
+    ASSERT_EQ(FX_PreviousEData(static_cast<int32_t>(doc::kFontName), &id, buf, 4, FXT_VERSION), 1);
+    EXPECT_EQ(id.first, 1);
+    EXPECT_EQ(buf[0], 0x22) << "the empty record copied nothing over the last one read";
+
+    hostsim::score::Score s(1, 2);
+    doc::put(doc::kMeasure, {2, 0, 0}, {});
+    s.chordFlag(2, true);
+    hostsim::score::MeasureRecord expected;
+    expected.chordFlags = hostsim::score::kMeasureChordFlag;
+    std::vector<uint8_t> bytes(sizeof expected);
+    std::memcpy(bytes.data(), &expected, sizeof expected);
+    EXPECT_EQ(doc::get(doc::kMeasure, {2, 0, 0}), bytes);
 }
 
 TEST_F(Store, EveryCallIsLoggedAndTheDocumentComparesByteForByte) {

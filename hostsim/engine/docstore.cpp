@@ -258,7 +258,7 @@ uint64_t step(Call& c, bool forward) {
             const int unit = ruleFor(tag).unit;
             if (uint8_t* buf = c.ptr<uint8_t>(2)) {
                 const size_t n = std::min(it->second.size(), static_cast<size_t>(size) * unit);
-                std::memcpy(buf, it->second.data(), n);
+                if (n) std::memcpy(buf, it->second.data(), n);
             }
             writeId(c, 1, std::get<1>(it->first));
             ok = true;

@@ -26,7 +26,7 @@ template <class T> std::vector<uint8_t> bytesOf(const T& v) {
 
 template <class T> T recordOf(const std::vector<uint8_t>& b) {
     T v{};
-    std::memcpy(&v, b.data(), b.size() < sizeof v ? b.size() : sizeof v);
+    if (!b.empty()) std::memcpy(&v, b.data(), b.size() < sizeof v ? b.size() : sizeof v);
     return v;
 }
 
