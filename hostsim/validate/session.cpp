@@ -5,6 +5,7 @@
 #include "hostsim/host.h"
 #include "hostsim/ui.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -155,12 +156,10 @@ std::map<std::pair<int16_t, int16_t>, std::multiset<ChordBytes>> ordinaryChords(
     for (const auto& [key, bytes] : d.records) {
         const auto& [tag, id] = key;
         if (tag != doc::kChord) continue;
+        // A short record reads as its own bytes and zeros after them, as the
+        // command reads it.
         score::ChordRecord c;
-        if (bytes.size() < sizeof c) {  // not a chord the command reads whole: keep it as it is
-            out[{id.first, id.second}].insert(bytes);
-            continue;
-        }
-        std::memcpy(&c, bytes.data(), sizeof c);
+        std::memcpy(&c, bytes.data(), std::min(bytes.size(), sizeof c));
         if (!c.isCapo()) out[{id.first, id.second}].insert(bytes);
     }
     return out;
