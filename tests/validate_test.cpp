@@ -75,14 +75,17 @@ TEST(Validator, FindsEachPlantedFaultAndPassesTheRealBundle) {
     };
     const Case cases[] = {
         {"BrokenOverrun",
-         {"lifecycle/run", "missing/FX_RedrawMusic"},
+         {"lifecycle/run", "missing/FX_RedrawMusic", "random/1", "hostile/chords-17"},
          "FAIL",
-         {"the command wrote outside the selection it was handed: byte 0 past the end"}},
+         {"wrote outside the", "byte 0 past the end"}},
         {"BrokenOpenEdit",
-         {"lifecycle/run"},
+         {"lifecycle/run", "random/1", "cancel/first-run/small", "process/state"},
          "FAIL",
-         {"ZemloEditDepth is 2, not 0", R"(edit \"Capo Chords\" left open)"}},
-        {"BrokenNullHandle", {"missing/FX_StartMassEdit"}, "CRASHED", {"\"crash\": \"signal 11"}},
+         {"ZemloEditDepth is ", R"(edit \"Capo Chords\" left open)"}},
+        {"BrokenNullHandle",
+         {"missing/FX_StartMassEdit", "fault/first-run/FX_StartMassEdit/first"},
+         "CRASHED",
+         {"\"crash\": \"signal 11"}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.bundle);
