@@ -69,10 +69,13 @@ int validateCommand(int argc, char** argv) {
         return usage();
     }
     // The replay commands must work from any folder.
-    if (char* full = realpath(options.plan.bundle.c_str(), nullptr)) {
-        options.plan.bundle = full;
-        std::free(full);
+    char* full = realpath(options.plan.bundle.c_str(), nullptr);
+    if (!full) {
+        std::fprintf(stderr, "zemlo-host: no bundle at %s\n", options.plan.bundle.c_str());
+        return 1;
     }
+    options.plan.bundle = full;
+    std::free(full);
     return validate::run(options);
 }
 
