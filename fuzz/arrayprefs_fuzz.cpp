@@ -3,6 +3,7 @@
 // only for an admitted number and a buffer that holds the whole run, and
 // otherwise leaves the buffer alone; no load changes the document. A save
 // writes exactly the run's elements, and a refused save writes nothing.
+#include "fuzzinput.h"
 #include "binding.h"
 #include "hostsim/document.h"
 #include "prefmaps.h"
@@ -20,16 +21,7 @@ void check(bool ok) {
     if (!ok) __builtin_trap();
 }
 
-struct Input {
-    const uint8_t* p;
-    size_t n;
-    uint8_t byte() {
-        if (!n) return 0;
-        --n;
-        return *p++;
-    }
-    int16_t word() { return static_cast<int16_t>(byte() | byte() << 8); }
-};
+using Input = FuzzInput;
 
 doc::RecordId elementId(int32_t index) {
     return {static_cast<int16_t>(kPrefElementFirst), static_cast<int16_t>(index), 0};

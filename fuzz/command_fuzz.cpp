@@ -6,6 +6,7 @@
 // run the host must have recorded no fault of the plug-in, every frame must
 // be back, the ordinary chords must be as they were, and the document must
 // be as before the run once the run is cancelled or undone.
+#include "fuzzinput.h"
 #include "hostsim/document.h"
 #include "hostsim/edits.h"
 #include "hostsim/host.h"
@@ -50,15 +51,7 @@ void check(bool ok, const std::string& what) {
     if (!ok) fault(what);
 }
 
-struct Input {
-    const uint8_t* p;
-    size_t n;
-    uint8_t byte() {
-        if (!n) return 0;
-        --n;
-        return *p++;
-    }
-    int16_t word() { return static_cast<int16_t>(byte() | byte() << 8); }
+struct Input : FuzzInput {
     // True about in256 times in 256, and never once the input has run out.
     bool chance(int in256) { return byte() >= 256 - in256; }
     std::vector<uint8_t> bytes(size_t count) {
@@ -369,7 +362,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     hostsim::reset();
     ui::setDialogFolder(plugin->bundlePath() + "/Contents/Resources");
     hostsim::setResult(hostsim::Fx::FX_IsMachO, 1);
-    Input in{data, size};
+    Input in{{data, size}};
     const int slots = 1 + in.byte() % 4;
     const int measures = 1 + in.byte() % 6;
     buildScore(in, slots, measures);

@@ -3,6 +3,7 @@
 // allocated at its exact size), and what a save writes loads back as the
 // fields' converted values, with missing elements never created (they read
 // as zero words).
+#include "fuzzinput.h"
 #include "binding.h"
 #include "hostsim/document.h"
 #include "prefmaps.h"
@@ -37,15 +38,7 @@ uint32_t field(const uint8_t* b, const PREFERENCE_LOCATION_MAPRECORD& r) {
     return v;
 }
 
-struct Input {
-    const uint8_t* p;
-    size_t n;
-    uint8_t byte() {
-        if (!n) return 0;
-        --n;
-        return *p++;
-    }
-};
+using Input = FuzzInput;
 
 }  // namespace
 
