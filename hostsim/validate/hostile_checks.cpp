@@ -21,6 +21,18 @@ namespace ui = hostsim::ui;
 
 // A chord symbol whose own bytes are marked, so that a capo chord is seen to
 // copy them.
+// A run that must change chords: it answers 1, leaves the host nothing to
+// hold against the plug-in and keeps every ordinary chord. The document after it.
+doc::Document changingRun(Context& cx, Session& s, const score::Region& region, const zemlo::RunOptions& o,
+                          const doc::Document& original, const std::string& where) {
+    const int16_t result = s.run(o, &region, region);
+    s.checkHost(where);
+    const doc::Document after = doc::snapshot();
+    cx.expect(result == 1, where + ": the run answered " + std::to_string(result));
+    expectOrdinaryKept(cx, original, after, where);
+    return after;
+}
+
 score::ChordRecord symbol(int32_t key3, int16_t vertical) { return markedChord(key3, vertical, key3); }
 
 zemlo::RunOptions writing(const std::string& capo = "", const std::string& distance = "") {
@@ -89,11 +101,7 @@ void rawTextRun(Context& cx, const RawTextCase& k) {
         freshRun(cx, s, region, c, "writing");
     } else {
         // The user's block is taken for the label: moved and rewritten in place.
-        const int16_t result = s.run(writing(), &region, region);
-        s.checkHost("writing");
-        const doc::Document after = doc::snapshot();
-        cx.expect(result == 1, "the run answered " + std::to_string(result));
-        expectOrdinaryKept(cx, original, after, "writing");
+        const doc::Document after = changingRun(cx, s, region, writing(), original, "writing");
         const std::vector<Block> was = blocksIn(original, 1, 1), is = blocksIn(after, 1, 1);
         if (cx.expect(is.size() == 1,
                       std::to_string(is.size()) + " blocks at staff 1, measure 1, not 1")) {
@@ -108,11 +116,7 @@ void rawTextRun(Context& cx, const RawTextCase& k) {
     }
     // Removal takes the capo chords and the label block back out, and keeps
     // a block that is not the label.
-    const int16_t result = s.run(removal(), &region, region);
-    s.checkHost("removal");
-    const doc::Document after = doc::snapshot();
-    cx.expect(result == 1, "the removal answered " + std::to_string(result));
-    expectOrdinaryKept(cx, original, after, "removal");
+    const doc::Document after = changingRun(cx, s, region, removal(), original, "removal");
     cx.expect(chordsIn(after, 1, 1).size() == 1 && chordsIn(after, 1, 2).size() == 1,
               "the removal left capo chords");
     const std::vector<Block> left = blocksIn(after, 1, 1);
@@ -192,11 +196,7 @@ void danglingRun(Context& cx, Dangling what, bool atLabelPlace) {
         freshRun(cx, s, region, Confirmed{}, "writing");
     } else {
         // Found by its place, it cannot be updated: nothing is added either.
-        const int16_t result = s.run(writing(), &region, region);
-        s.checkHost("writing");
-        const doc::Document after = doc::snapshot();
-        cx.expect(result == 1, "the run answered " + std::to_string(result));
-        expectOrdinaryKept(cx, original, after, "writing");
+        const doc::Document after = changingRun(cx, s, region, writing(), original, "writing");
         const std::vector<Block> is = blocksIn(after, 1, 1);
         cx.expect(is.size() == 1 && !is[0].text && is[0].horizontal == -200,
                   "the dangling block at the label's place was not left as the only block");
@@ -204,11 +204,7 @@ void danglingRun(Context& cx, Dangling what, bool atLabelPlace) {
                   "staff 1, measure 1 did not get its capo chord");
     }
     const size_t blocksBefore = blocksIn(doc::snapshot(), 1, 1).size();
-    const int16_t result = s.run(removal(), &region, region);
-    s.checkHost("removal");
-    const doc::Document after = doc::snapshot();
-    cx.expect(result == 1, "the removal answered " + std::to_string(result));
-    expectOrdinaryKept(cx, original, after, "removal");
+    const doc::Document after = changingRun(cx, s, region, removal(), original, "removal");
     cx.expect(chordsIn(after, 1, 1).size() == 1 && chordsIn(after, 1, 2).size() == 1,
               "the removal left capo chords");
     cx.expect(blocksIn(after, 1, 1).size() == blocksBefore,
