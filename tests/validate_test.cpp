@@ -79,7 +79,7 @@ TEST(Validator, FindsEachPlantedFaultAndPassesTheRealBundle) {
          "FAIL",
          {"wrote outside the", "byte 0 past the end"}},
         {"BrokenOpenEdit",
-         {"lifecycle/run", "random/1", "cancel/first-run/small", "process/state"},
+         {"lifecycle/run", "random/1", "cancel/first-run/small", "fault/re-run/reference"},
          "FAIL",
          {"ZemloEditDepth is ", R"(edit \"Capo Chords\" left open)"}},
         {"BrokenNullHandle",

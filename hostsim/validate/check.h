@@ -20,6 +20,15 @@ struct Plan {
     int timeoutSeconds = 0;  // the watchdog's limit for every check; 0: each check's own
 };
 
+// A number in [low, high] from `r`. The standard distributions and shuffle
+// are each library's own, so a seed would give other scores under libc++ than
+// under libstdc++; these give the same everywhere.
+int pick(std::mt19937_64& r, int low, int high);
+template <class T> void shuffle(std::vector<T>& v, std::mt19937_64& r) {
+    for (size_t i = v.size(); i > 1; --i)
+        std::swap(v[i - 1], v[static_cast<size_t>(pick(r, 0, static_cast<int>(i) - 1))]);
+}
+
 // A count between `atLevel1` and `atLevel10`, growing with the plan's level
 // by the same factor at each step.
 int byLevel(const Plan& plan, int atLevel1, int atLevel10);

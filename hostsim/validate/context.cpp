@@ -22,9 +22,19 @@ int byLevel(const Plan& plan, int atLevel1, int atLevel10) {
 Context::Context(const Plan& plan, uint64_t seed, int reportFd)
     : plan_(plan), seed_(seed), random_(seed), fd_(reportFd) {}
 
-int Context::between(int low, int high) {
-    return std::uniform_int_distribution<int>(low, high)(random_);
+int pick(std::mt19937_64& r, int low, int high) {
+    if (high <= low) return low;
+    const uint64_t span = static_cast<uint64_t>(static_cast<int64_t>(high) - low) + 1;
+    // Draws past the last whole multiple of the span are drawn again, so that
+    // every number is equally likely.
+    const uint64_t limit = UINT64_MAX - UINT64_MAX % span;
+    uint64_t x;
+    do x = r();
+    while (x >= limit);
+    return static_cast<int>(low + static_cast<int64_t>(x % span));
 }
+
+int Context::between(int low, int high) { return pick(random_, low, high); }
 
 void Context::send(const std::string& line) {
     std::string out = line;

@@ -549,7 +549,7 @@ void addFaultChecks(const Plan& plan, Checks& out) {
             for (const auto& [point, k] : faultPoints(plan, n))
                 out.push_back(
                     {std::string("fault/") + sc.name + "/" + hostsim::info(fx).name + "/" + point,
-                     [sc, fx = fx, k = k](Context& cx) { faultAt(cx, sc, fx, k); }});
+                     [sc, f = fx, at = k](Context& cx) { faultAt(cx, sc, f, at); }});
     }
 }
 

@@ -16,9 +16,6 @@ namespace {
 namespace score = hostsim::score;
 namespace ui = hostsim::ui;
 
-int pick(std::mt19937_64& r, int low, int high) {
-    return std::uniform_int_distribution<int>(low, high)(r);
-}
 bool chance(std::mt19937_64& r, int percent) {
     return pick(r, 0, 99) < percent;
 }
@@ -104,7 +101,7 @@ RandomScore randomScore(std::mt19937_64& r) {
         std::vector<int16_t> staves;
         for (int i = 1; i <= s.slots; ++i)
             staves.push_back(static_cast<int16_t>(i));
-        std::shuffle(staves.begin(), staves.end(), r);
+        shuffle(staves, r);
         // Now and then two slots show the same staff.
         if (s.slots > 1 && chance(r, 20))
             staves[static_cast<size_t>(pick(r, 0, s.slots - 1))] = staves[0];
@@ -132,7 +129,7 @@ RandomScore randomScore(std::mt19937_64& r) {
                         cs.erase(cs.begin() +
                                  static_cast<long>(pick(r, 0, static_cast<int>(cs.size()) - 1)));
                 if (chance(r, 30)) cs.push_back(staleCapo(r, ordinaryChord(r)));
-                if (chance(r, 40)) std::shuffle(cs.begin(), cs.end(), r);
+                if (chance(r, 40)) shuffle(cs, r);
             }
             if (cs.size() > 20) cs.resize(20);
             if (!cs.empty()) s.chords[{staff, m}] = std::move(cs);
