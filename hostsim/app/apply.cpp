@@ -2,6 +2,7 @@
 #include "run.h"
 
 #include "hostsim/edits.h"
+#include "hostsim/plugin.h"
 #include "hostsim/score.h"
 #include "hostsim/ui.h"
 #include "leadsheet.h"
@@ -9,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <unistd.h>
 
@@ -96,10 +98,18 @@ int fail(const std::string& message) {
 
 }  // namespace
 
+// The bundled sample: an installed copy's, else the source tree's.
+std::string sampleScore() {
+    const std::string installed =
+        hostsim::besideProgram({"../share/capochords/samples/lantern-road.musicxml"});
+    std::error_code ec;
+    return std::filesystem::exists(installed, ec) ? installed : ZEMLO_SAMPLE_SCORE;
+}
+
 int applyCommand(InvokeFn invoke, const ApplyOptions& a) {
     const RunOptions& o = a.run;
     std::string error;
-    const std::string path = a.score.empty() ? ZEMLO_SAMPLE_SCORE : a.score;
+    const std::string path = a.score.empty() ? sampleScore() : a.score;
     const std::string out = a.output.empty() ? stem(path) + ".capo.musicxml" : a.output;
     if (out.size() > 4 && out.compare(out.size() - 4, 4, ".mxl") == 0)
         return fail("-o " + out + ": zemlo-host writes uncompressed MusicXML; name it .musicxml");

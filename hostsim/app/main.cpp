@@ -30,7 +30,7 @@ constexpr int kMaxItems = 64;
 
 int usage() {
     std::fprintf(stderr,
-                 "usage: zemlo-host [--bundle PATH] [--lang CODE]\n"
+                 "usage: zemlo-host [--bundle PATH] [--lang CODE] | --version\n"
                  "       zemlo-host run [--bundle PATH] [--lang CODE] [--score sample]\n"
                  "                  [--unit evpus|inches|centimeters|points|picas|spaces]\n"
                  "                  [--capo N] [--distance X] [--label TEXT] [--no-label]\n"
@@ -82,6 +82,11 @@ int validateCommand(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc == 2 && !std::strcmp(argv[1], "--version")) {
+        std::printf("zemlo-host %s\nplug-in bundle: %s\n", ZEMLO_HOST_VERSION,
+                    hostsim::defaultBundlePath().c_str());
+        return 0;
+    }
     if (argc > 1 && !std::strcmp(argv[1], "validate")) return validateCommand(argc, argv);
     std::string bundle = hostsim::defaultBundlePath();
     const bool run = argc > 1 && !std::strcmp(argv[1], "run");

@@ -10,7 +10,18 @@
 namespace hostsim {
 namespace fs = std::filesystem;
 
-const char* defaultBundlePath() { return CAPOCHORDS_DEFAULT_BUNDLE; }
+std::string besideProgram(std::initializer_list<const char*> relative) {
+    std::error_code ec;
+    const fs::path program = fs::read_symlink("/proc/self/exe", ec);
+    const fs::path folder = ec ? fs::current_path(ec) : program.parent_path();
+    for (const char* r : relative)
+        if (fs::exists(folder / r, ec)) return (folder / r).lexically_normal().string();
+    return relative.size() ? (folder / *relative.begin()).lexically_normal().string() : folder.string();
+}
+
+std::string defaultBundlePath() {
+    return besideProgram({"../lib/capochords/CapoChords.bundle", "../CapoChords.bundle"});
+}
 
 namespace {
 

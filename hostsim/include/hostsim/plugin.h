@@ -4,6 +4,7 @@
 #define CAPOCHORDS_HOSTSIM_PLUGIN_H
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 
 namespace hostsim {
@@ -40,8 +41,14 @@ class Plugin {
     void* handle_ = nullptr;
 };
 
-// The built plug-in bundle this program was configured with.
-const char* defaultBundlePath();
+// The first of `relative` (paths from the running program's folder) that
+// exists, or the first of them when none does. An installed program and one in
+// the build tree both find their files this way, wherever they are moved.
+std::string besideProgram(std::initializer_list<const char*> relative);
+
+// The plug-in bundle beside the running program: where an installed copy keeps
+// it (`../lib/capochords`), else where the build tree does (`..`).
+std::string defaultBundlePath();
 
 }  // namespace hostsim
 
