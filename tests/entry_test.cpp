@@ -236,7 +236,9 @@ TEST_P(PlugInLanguage, FollowsTheHostApplicationWhereItHasOne) {
     fs::create_directories(app + "/MacOS");
     fs::copy_file(ZEMLO_HOST, app + "/MacOS/zemlo-host");
     for (const std::string& l : c.hostFolders) fs::create_directories(app + "/Resources/" + l + ".lproj");
-    std::string command = "'" + app + "/MacOS/zemlo-host' --lang " + c.user + " 2>&1";
+    // Copied away from its bundles, the program is told where the plug-in is.
+    std::string command = "'" + app + "/MacOS/zemlo-host' --bundle '" CAPOCHORDS_BUNDLE "' --lang " +
+                          c.user + " 2>&1";
     FILE* out = popen(command.c_str(), "r");
     ASSERT_NE(out, nullptr);
     std::string printed;
