@@ -1,6 +1,7 @@
 // Expected outcomes of runs, checked on document snapshots.
 #include "outcome.h"
 
+#include "hostsim/boundary.h"
 #include "hostsim/edits.h"
 #include "hostsim/ui.h"
 
@@ -142,7 +143,7 @@ void expectFreshRun(Context& cx, const doc::Document& before, const doc::Documen
                                                ", not " + std::to_string(changes ? 1 : 0));
     int notices = 0;
     for (const ui::Alert& a : ui::alerts())
-        notices += a.kind == 0x40;
+        notices += a.kind == hostsim::alert::kNotice;
     cx.expect(notices == (changes ? 0 : 1),
               where + ": " + std::to_string(notices) + " notices that nothing changed");
     const auto& all = edits::all();

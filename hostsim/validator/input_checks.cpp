@@ -129,7 +129,7 @@ void runInput(Context& cx, const Unit& u, const Input& in) {
     sc.chord(1, 1, a).chord(1, 1, b).chord(2, 2, c);
     const score::Region region = sc.whole();
 
-    zemlo::setUnitByName(u.name);
+    hostsim::driver::setUnitByName(u.name);
     std::vector<ui::Step> steps = in.steps;
     steps.push_back(ui::click(1));
     ui::scriptDialog(steps);

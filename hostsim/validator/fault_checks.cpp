@@ -66,8 +66,8 @@ void buildReferenceScore() {
 const score::Region kSelection = score::region(1, 2, 3, 5);
 const score::Region kWhole = score::region(1, 1, 4, 6);
 
-zemlo::RunOptions labelled(const std::string& capo, const std::string& distance) {
-    zemlo::RunOptions o;
+hostsim::driver::Answers labelled(const std::string& capo, const std::string& distance) {
+    hostsim::driver::Answers o;
     o.capo = capo;
     o.distance = distance;
     o.label = "Capo " + capo;
@@ -80,34 +80,34 @@ zemlo::RunOptions labelled(const std::string& capo, const std::string& distance)
 struct Scenario {
     const char* name;
     bool priorRun;             // an unfaulted first run before the one under test
-    zemlo::RunOptions answers; // the run under test
+    hostsim::driver::Answers answers; // the run under test
     int16_t result;            // what it answers when no call fails
 };
 
 std::vector<Scenario> scenarios() {
     std::vector<Scenario> out;
-    zemlo::RunOptions first = labelled("3", "12");
+    hostsim::driver::Answers first = labelled("3", "12");
     first.unit = "points"; // 48 EVPU; the unit preference is read
     first.chordFlag = true;
     out.push_back({"first-run", false, first, 1});
-    zemlo::RunOptions again = labelled("5", "96");
+    hostsim::driver::Answers again = labelled("5", "96");
     out.push_back({"re-run", true, again, 1});
-    zemlo::RunOptions removal;
+    hostsim::driver::Answers removal;
     removal.remove = true;
     out.push_back({"removal", true, removal, 1});
     // Nothing selected, the question answered OK; a removal that finds the
     // label-like block but no capo chord, so the notice shows and the edit is
     // cancelled.
-    zemlo::RunOptions whole;
+    hostsim::driver::Answers whole;
     whole.remove = true;
     whole.wholeDocument = true;
     out.push_back({"nothing-selected", false, whole, 0});
     return out;
 }
 
-const zemlo::RunOptions& priorAnswers() {
-    static const zemlo::RunOptions o = [] {
-        zemlo::RunOptions p = labelled("3", "64");
+const hostsim::driver::Answers& priorAnswers() {
+    static const hostsim::driver::Answers o = [] {
+        hostsim::driver::Answers p = labelled("3", "64");
         p.chordFlag = true;
         return p;
     }();
@@ -139,7 +139,7 @@ bool runScenario(Context& cx, Session& s, const Scenario& sc, RunTrace& t,
                        "the first run before the one under test answered " + std::to_string(r)))
             return false;
     }
-    zemlo::setUnitByName(sc.answers.unit); // the user's preference, before the run
+    hostsim::driver::setUnitByName(sc.answers.unit); // the user's preference, before the run
     t.before = doc::snapshot();
     t.firstEdit = edits::all().size();
     t.firstProgress = ui::progress().size();
@@ -455,14 +455,14 @@ bool cancelRun(Context& cx, const Layout& l, bool removal, int cancelAt, RunTrac
     if (!s.start()) return false;
     buildLayout(l);
     const score::Region sel = l.selection(), all = l.whole();
-    zemlo::RunOptions first = labelled("2", "64");
+    hostsim::driver::Answers first = labelled("2", "64");
     if (removal) {
         const int16_t r = s.run(first, &sel, all);
         s.checkHost("the first run before the removal");
         if (!cx.expect(r == 1 || l.chords.empty(), "the first run before the removal answered 0"))
             return false;
     }
-    zemlo::RunOptions answers = first;
+    hostsim::driver::Answers answers = first;
     answers.remove = removal;
     t.before = doc::snapshot();
     t.firstEdit = edits::all().size();

@@ -73,7 +73,7 @@ void missingOne(Context& cx, Fx fx) {
     };
 
     // One run; its result, with the properties that hold for every run checked.
-    auto runOnce = [&](const std::string& what, const zemlo::RunOptions& o, bool withSelection) {
+    auto runOnce = [&](const std::string& what, const hostsim::driver::Answers& o, bool withSelection) {
         const std::string where = "without " + name + ", " + what;
         const doc::Document before = doc::snapshot();
         const size_t editsBefore = edits::all().size(), dialogsBefore = ui::dialogs().size();
@@ -127,16 +127,16 @@ void missingOne(Context& cx, Fx fx) {
         return r;
     };
 
-    zemlo::RunOptions confirmed;
+    hostsim::driver::Answers confirmed;
     confirmed.capo = "3";
     confirmed.setLabel = true;
     confirmed.label = "Capo 3";
-    zemlo::RunOptions removal;
+    hostsim::driver::Answers removal;
     removal.capo = "3";
     removal.remove = true;
-    zemlo::RunOptions cancelled;
+    hostsim::driver::Answers cancelled;
     cancelled.cancel = true;
-    zemlo::RunOptions wholeAsked = cancelled;
+    hostsim::driver::Answers wholeAsked = cancelled;
     wholeAsked.wholeDocument = true;
 
     const int16_t added = runOnce("the confirmed run", confirmed, true);

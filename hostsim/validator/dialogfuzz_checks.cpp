@@ -155,7 +155,7 @@ void fuzzRun(Context& cx) {
             return ui::serve(c);
         });
     const UnitTexts& unit = kUnitTexts[cx.between(0, 5)];
-    zemlo::setUnitByName(unit.name);
+    hostsim::driver::setUnitByName(unit.name);
     const std::map<std::string, Distance> typed = distances(unit);
     std::string shownDistance = unit.shows64; // what the next dialog shows
     int reinits = 0;
