@@ -71,10 +71,14 @@ MenuItemRecord* StartMemory::menuRecord() {
     return &record_;
 }
 
+void useStringTable(const std::string& bundlePath) {
+    auto table = std::make_shared<StringTable>(bundlePath);
+    ui::setStringSource([table](int32_t n, std::u16string* out) { return table->lookUp(n, out); });
+}
+
 void attach(const Plugin& plugin) {
     ui::setDialogFolder(plugin.bundlePath() + "/Contents/Resources");
-    auto table = std::make_shared<StringTable>(plugin.bundlePath());
-    ui::setStringSource([table](int32_t n, std::u16string* out) { return table->lookUp(n, out); });
+    useStringTable(plugin.bundlePath());
     setResult(Fx::FX_IsMachO, 1);
 }
 

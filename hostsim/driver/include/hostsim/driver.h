@@ -22,6 +22,9 @@ using InvokeFn = int16_t (*)(void* parent, int16_t menuItem, void* selection, vo
 // their captions from its string table, and the host answering that it runs
 // Mach-O images, as the real one does.
 void attach(const Plugin& plugin);
+// Captions given as string numbers read from the string table of the bundle
+// at `bundlePath`, in the language the plug-in picks.
+void useStringTable(const std::string& bundlePath);
 
 // Memory the host hands the plug-in during start-up. Plain by default; the
 // validator hands guarded memory and inspects it after each call.
