@@ -134,35 +134,12 @@ std::u16string asRead(const std::u16string& text) {
     return text.substr(0, n);
 }
 
-void fuzzRun(Context& cx) {
-    Session s(cx);
-    if (!s.start()) return;
-    addLabelFont();
-    score::Score sc(2, 3);
-    score::ChordRecord a, b;
-    a.key3 = 0;
-    a.vertical = 10;
-    b.key3 = 480;
-    b.vertical = -7;
-    b.flags = 0x8000;
-    sc.chord(1, 1, a).chord(1, 1, b).chord(2, 2, a).chord(1, 3, b);
-    const score::Region region = sc.whole();
-
-    const bool noUserData = cx.between(0, 7) == 0;
-    if (noUserData)
-        hostsim::setHandler(hostsim::Fx::FX_Dialog, [](hostsim::Call& c) {
-            c.args[4] = 0;
-            return ui::serve(c);
-        });
-    const UnitTexts& unit = kUnitTexts[cx.between(0, 5)];
-    hostsim::driver::setUnitByName(unit.name);
-    const std::map<std::string, Distance> typed = distances(unit);
-    std::string shownDistance = unit.shows64; // what the next dialog shows
-    int reinits = 0;
+// The seeded script: steps in the middle, an ending, messages after the end.
+std::vector<ui::Step> fuzzScript(Context& cx, const std::map<std::string, Distance>& typed, int* reinits) {
     std::vector<ui::Step> steps;
     const int length = cx.between(0, 40);
     for (int i = 0; i < length; ++i)
-        steps.push_back(middleStep(cx, typed, &reinits));
+        steps.push_back(middleStep(cx, typed, reinits));
     switch (cx.between(0, 3)) {
     case 0:
         steps.push_back(ui::press(1));
@@ -180,23 +157,11 @@ void fuzzRun(Context& cx) {
     }
     for (int i = cx.between(0, 4); i > 0; --i)
         steps.push_back(lateStep(cx));
-    ui::scriptDialog(steps);
+    return steps;
+}
 
-    const doc::Document before = doc::snapshot();
-    const int16_t result = s.invoke(&region, region);
-    const doc::Document after = doc::snapshot();
-
-    if (!cx.expect(ui::dialogs().size() == 1,
-                   std::to_string(ui::dialogs().size()) + " dialogs shown"))
-        return;
-    const ui::DialogRun& r = ui::dialogs()[0];
-    cx.count("dialog messages", static_cast<long>(r.sent.size()));
-    if (noUserData) {
-        cx.expect(r.userData == nullptr, "the dialog ran with user data");
-        cx.count("dialogs without user data");
-    }
-
-    // The answer the handler defines for each message, and whether OK ended it.
+// Every message answered as the handler defines; true when OK ended the dialog.
+bool expectAnswers(Context& cx, const ui::DialogRun& r) {
     bool initialised = false, confirmed = false, ended = false;
     for (size_t i = 0; i < r.sent.size(); ++i) {
         const ui::Sent& m = r.sent[i];
@@ -222,38 +187,31 @@ void fuzzRun(Context& cx) {
                   "message " + std::to_string(i + 1) + " (" + std::to_string(m.message) + ", " +
                       std::to_string(m.wParam) + ") answered " + std::to_string(m.answer));
     }
-    cx.expect(noUserData || r.ending == ui::Ending::Handler, "the handler did not end the dialog");
+    return confirmed;
+}
 
-    Confirmed remembered; // what the next dialog opens with: the defaults until a run is confirmed
-    if (!confirmed) {
-        cx.expect(result == 0, "a dialog not confirmed ran the command: " + std::to_string(result));
-        cx.expect(before == after,
-                  "a dialog not confirmed changed " + doc::difference(before, after));
-        cx.expect(edits::all().empty(), "a dialog not confirmed opened an edit");
-    } else {
-        // The settings as the controls held them at OK: the handler changes nothing after it.
-        Confirmed c;
-        auto value = [&](int16_t n) { return r.control(n) ? r.control(n)->value : 0; };
-        c.fret = static_cast<int16_t>(value(4));
-        auto d = typed.find(r.text8(6));
-        if (cx.expect(d != typed.end(),
-                      "the distance field reads \"" + r.text8(6) + "\", which was never typed")) {
-            c.distance = d->second.evpu;
-            shownDistance = d->second.shows;
-        }
-        c.showLabel = value(9) != 0;
-        c.label = r.control(10) ? asRead(r.control(10)->text) : u"";
-        c.chordFlag = value(8) != 0;
-        c.remove = value(11) != 0;
-        expectFreshRun(cx, before, after, c, region, result, "after OK");
-        cx.count("confirmed dialogs");
-        remembered = c;
-        if (remembered.label.empty())
-            remembered.label = u"Capo 1"; // a cleared label comes back as the default
+// The settings as the controls held them at OK: the handler changes nothing after it.
+Confirmed confirmedSettings(Context& cx, const ui::DialogRun& r, const std::map<std::string, Distance>& typed,
+                            std::string* shownDistance) {
+    Confirmed c;
+    auto value = [&](int16_t n) { return r.control(n) ? r.control(n)->value : 0; };
+    c.fret = static_cast<int16_t>(value(4));
+    auto d = typed.find(r.text8(6));
+    if (cx.expect(d != typed.end(), "the distance field reads \"" + r.text8(6) + "\", which was never typed")) {
+        c.distance = d->second.evpu;
+        *shownDistance = d->second.shows;
     }
+    c.showLabel = value(9) != 0;
+    c.label = r.control(10) ? asRead(r.control(10)->text) : u"";
+    c.chordFlag = value(8) != 0;
+    c.remove = value(11) != 0;
+    return c;
+}
 
-    // The next dialog, with the host's own user data again, opens with the
-    // settings remembered, the removal box off.
+// The next dialog, with the host's own user data again, opens with the
+// settings remembered, the removal box off.
+void expectNextDialog(Context& cx, Session& s, const score::Region& region, const Confirmed& remembered,
+                      const std::string& shownDistance) {
     hostsim::setHandler(hostsim::Fx::FX_Dialog, nullptr);
     ui::DialogRun next;
     ui::scriptDialog({ui::peek([&next](const ui::DialogRun& d) { next = d; }), ui::click(2)});
@@ -269,6 +227,66 @@ void fuzzRun(Context& cx) {
                   std::to_string(shows(11)) + ", not fret " + std::to_string(remembered.fret) +
                   ", distance \"" + shownDistance + "\", label \"" + shown(remembered.label) +
                   "\"");
+}
+
+void fuzzRun(Context& cx) {
+    Session s(cx);
+    if (!s.start()) return;
+    addLabelFont();
+    score::Score sc(2, 3);
+    score::ChordRecord a, b;
+    a.key3 = 0;
+    a.vertical = 10;
+    b.key3 = 480;
+    b.vertical = -7;
+    b.flags = 0x8000;
+    sc.chord(1, 1, a).chord(1, 1, b).chord(2, 2, a).chord(1, 3, b);
+    const score::Region region = sc.whole();
+
+    const bool noUserData = cx.between(0, 7) == 0;
+    if (noUserData)
+        hostsim::setHandler(hostsim::Fx::FX_Dialog, [](hostsim::Call& c) {
+            c.args[4] = 0;
+            return ui::serve(c);
+        });
+    const UnitTexts& unit = kUnitTexts[cx.between(0, 5)];
+    hostsim::driver::setUnitByName(unit.name);
+    const std::map<std::string, Distance> typed = distances(unit);
+    std::string shownDistance = unit.shows64; // what the next dialog shows
+    int reinits = 0;
+    ui::scriptDialog(fuzzScript(cx, typed, &reinits));
+
+    const doc::Document before = doc::snapshot();
+    const int16_t result = s.invoke(&region, region);
+    const doc::Document after = doc::snapshot();
+
+    if (!cx.expect(ui::dialogs().size() == 1,
+                   std::to_string(ui::dialogs().size()) + " dialogs shown"))
+        return;
+    const ui::DialogRun& r = ui::dialogs()[0];
+    cx.count("dialog messages", static_cast<long>(r.sent.size()));
+    if (noUserData) {
+        cx.expect(r.userData == nullptr, "the dialog ran with user data");
+        cx.count("dialogs without user data");
+    }
+    const bool confirmed = expectAnswers(cx, r);
+    cx.expect(noUserData || r.ending == ui::Ending::Handler, "the handler did not end the dialog");
+
+    Confirmed remembered; // what the next dialog opens with: the defaults until a run is confirmed
+    if (!confirmed) {
+        cx.expect(result == 0, "a dialog not confirmed ran the command: " + std::to_string(result));
+        cx.expect(before == after,
+                  "a dialog not confirmed changed " + doc::difference(before, after));
+        cx.expect(edits::all().empty(), "a dialog not confirmed opened an edit");
+    } else {
+        const Confirmed c = confirmedSettings(cx, r, typed, &shownDistance);
+        expectFreshRun(cx, before, after, c, region, result, "after OK");
+        cx.count("confirmed dialogs");
+        remembered = c;
+        if (remembered.label.empty())
+            remembered.label = u"Capo 1"; // a cleared label comes back as the default
+    }
+    expectNextDialog(cx, s, region, remembered, shownDistance);
     // A second initialisation with the removal box checked finds the fret
     // field disabled when it sets the focus there: the initialisation is that
     // of a dialog just opened, with the box off.

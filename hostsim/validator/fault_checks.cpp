@@ -263,15 +263,66 @@ void judgeRun(Context& cx, Session& s, const RunTrace& t, const score::Region& r
 // found in a child so that the plug-in never runs in the runner.
 using CallCounts = std::map<std::string, std::map<Fx, size_t>>;
 
-CallCounts discover(const Plan& plan) {
+// In the child: each scenario's calls counted, one "scenario function count" line each.
+std::string countCalls(const Plan& plan, int quiet) {
+    Context cx(plan, plan.seed, quiet);
+    std::string report;
+    for (const Scenario& sc : scenarios()) {
+        Session s(cx);
+        RunTrace t;
+        if (!runScenario(cx, s, sc, t, [] {})) continue;
+        std::map<Fx, size_t> n;
+        for (const auto& c : t.calls)
+            ++n[c.fx];
+        for (const auto& [fx, k] : n)
+            report += std::string(sc.name) + " " + hostsim::info(fx).name + " " + std::to_string(k) + "\n";
+    }
+    return report;
+}
+
+// What the child writes until it ends or the deadline passes; false on the deadline.
+bool readUntil(int fd, std::chrono::steady_clock::time_point deadline, std::string* text) {
+    char buf[4096];
+    for (;;) {
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now())
+                .count();
+        if (left <= 0) return false;
+        pollfd p{fd, POLLIN, 0};
+        const int r = poll(&p, 1, static_cast<int>(left));
+        if (r <= 0) continue;
+        const ssize_t n = read(fd, buf, sizeof buf);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return true;
+        text->append(buf, static_cast<size_t>(n));
+    }
+}
+
+CallCounts parseCounts(const std::string& text) {
     CallCounts out;
+    size_t at = 0;
+    while (at < text.size()) {
+        size_t end = text.find('\n', at);
+        if (end == std::string::npos) end = text.size();
+        char name[64], fxName[64];
+        size_t k = 0;
+        if (std::sscanf(text.substr(at, end - at).c_str(), "%63s %63s %zu", name, fxName, &k) == 3) {
+            Fx fx;
+            if (hostsim::fxByName(fxName, &fx)) out[name][fx] = k;
+        }
+        at = end + 1;
+    }
+    return out;
+}
+
+CallCounts discover(const Plan& plan) {
     int fds[2];
-    if (pipe(fds) != 0) return out;
+    if (pipe(fds) != 0) return {};
     const pid_t pid = fork();
     if (pid < 0) {
         close(fds[0]);
         close(fds[1]);
-        return out;
+        return {};
     }
     if (pid == 0) {
         close(fds[0]);
@@ -280,19 +331,7 @@ CallCounts discover(const Plan& plan) {
             dup2(quiet, STDOUT_FILENO);
             dup2(quiet, STDERR_FILENO);
         }
-        Context cx(plan, plan.seed, quiet);
-        std::string report;
-        for (const Scenario& sc : scenarios()) {
-            Session s(cx);
-            RunTrace t;
-            if (!runScenario(cx, s, sc, t, [] {})) continue;
-            std::map<Fx, size_t> n;
-            for (const auto& c : t.calls)
-                ++n[c.fx];
-            for (const auto& [fx, k] : n)
-                report += std::string(sc.name) + " " + hostsim::info(fx).name + " " +
-                          std::to_string(k) + "\n";
-        }
+        const std::string report = countCalls(plan, quiet);
         size_t at = 0;
         while (at < report.size()) {
             const ssize_t w = write(fds[1], report.data() + at, report.size() - at);
@@ -305,46 +344,15 @@ CallCounts discover(const Plan& plan) {
     // A plug-in that hangs here gets no fault checks listed; its reference
     // checks then hang under the runner's watchdog and say so.
     const int limit = plan.timeoutSeconds > 0 ? plan.timeoutSeconds : 60;
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(limit);
     std::string text;
-    char buf[4096];
-    bool timedOut = false;
-    for (;;) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-                              deadline - std::chrono::steady_clock::now())
-                              .count();
-        if (left <= 0) {
-            timedOut = true;
-            break;
-        }
-        pollfd p{fds[0], POLLIN, 0};
-        const int r = poll(&p, 1, static_cast<int>(left));
-        if (r <= 0) continue;
-        const ssize_t n = read(fds[0], buf, sizeof buf);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) break;
-        text.append(buf, static_cast<size_t>(n));
-    }
+    const bool ended = readUntil(fds[0], std::chrono::steady_clock::now() + std::chrono::seconds(limit), &text);
     close(fds[0]);
-    if (timedOut) kill(pid, SIGKILL);
+    if (!ended) kill(pid, SIGKILL);
     int status = 0;
     while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return {};
-    size_t at = 0;
-    while (at < text.size()) {
-        size_t end = text.find('\n', at);
-        if (end == std::string::npos) end = text.size();
-        char name[64], fxName[64];
-        size_t k = 0;
-        if (std::sscanf(text.substr(at, end - at).c_str(), "%63s %63s %zu", name, fxName, &k) ==
-            3) {
-            Fx fx;
-            if (hostsim::fxByName(fxName, &fx)) out[name][fx] = k;
-        }
-        at = end + 1;
-    }
-    return out;
+    return parseCounts(text);
 }
 
 // The calls of a function with n calls that get a check: first, middle and

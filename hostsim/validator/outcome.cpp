@@ -122,6 +122,66 @@ std::string shown(const std::u16string& text) {
     return s.size() > 120 ? s.substr(0, 120) + "..." : s;
 }
 
+namespace {
+
+// Each walked staff-measure: its chords, then a capo chord of each of the first 16.
+void expectCapoChords(Context& cx, const doc::Document& before, const doc::Document& after, const Confirmed& s,
+                      const std::set<std::pair<int16_t, int16_t>>& walked, const std::string& where) {
+    for (const auto& [staff, measure] : walked) {
+        std::vector<score::ChordRecord> want = chordsIn(before, staff, measure);
+        const size_t n = want.size();
+        for (size_t i = 0; i < n && i < 16; ++i)
+            want.push_back(capoOf(want[i], s.fret, s.distance, s.chordFlag));
+        const std::vector<score::ChordRecord> got = chordsIn(after, staff, measure);
+        bool same = got.size() == want.size();
+        for (size_t i = 0; same && i < got.size(); ++i)
+            same = std::memcmp(&got[i], &want[i], sizeof got[i]) == 0;
+        cx.expect(same, where + ": " + place(staff, measure) + " holds " +
+                            std::to_string(got.size()) + " chord records, not the " +
+                            std::to_string(want.size()) +
+                            " expected, or a capo chord differs from its source with fret " +
+                            std::to_string(s.fret) + " and distance " + std::to_string(s.distance));
+    }
+
+}
+
+// The first measure of every staff walked: its text blocks kept, and the label behind them.
+void expectLabels(Context& cx, const doc::Document& before, const doc::Document& after, const Confirmed& s,
+                  int16_t first, const std::set<int16_t>& staves, const std::string& where) {
+    const bool labels = s.showLabel && !s.label.empty();
+    for (int16_t staff : staves) {
+        const std::vector<Block> was = blocksIn(before, staff, first),
+                                 is = blocksIn(after, staff, first);
+        const std::string at = where + ": " + place(staff, first);
+        if (!cx.expect(is.size() == was.size() + (labels ? 1 : 0),
+                       at + " holds " + std::to_string(is.size()) + " text blocks, " +
+                           std::to_string(was.size()) + " before"))
+            continue;
+        for (size_t i = 0; i < was.size(); ++i)
+            cx.expect(is[i].horizontal == was[i].horizontal && is[i].vertical == was[i].vertical &&
+                          is[i].text == was[i].text,
+                      at + ": text block " + std::to_string(i) + " changed");
+        if (!labels) continue;
+        const Block& b = is.back();
+        cx.expect(b.horizontal == -200 && b.vertical == baselineOf(s.distance),
+                  at + ": the label sits at " + std::to_string(b.horizontal) + ", " +
+                      std::to_string(b.vertical) + ", not -200, " +
+                      std::to_string(baselineOf(s.distance)));
+        cx.expect(b.text && *b.text == s.text(),
+                  at + ": the label reads \"" + (b.text ? shown(*b.text) : std::string("(none)")) +
+                      "\", not \"" + shown(s.text()) + "\"");
+        // A measure record that cannot be read is never saved over.
+        auto m = recordIn<score::MeasureRecord>(after, doc::kMeasure, {first, 0, 0});
+        if (recordIn<score::MeasureRecord>(before, doc::kMeasure, {first, 0, 0}))
+            cx.expect(m && (m->textFlags & score::kMeasureTextFlag),
+                      at + ": the measure's text flag is not set");
+        else
+            cx.expect(!m, at + ": a measure record was made up for a measure that had none");
+    }
+}
+
+}  // namespace
+
 void expectFreshRun(Context& cx, const doc::Document& before, const doc::Document& after,
                     const Confirmed& s, const score::Region& region, int16_t result,
                     const std::string& where) {
@@ -163,54 +223,8 @@ void expectFreshRun(Context& cx, const doc::Document& before, const doc::Documen
         staves.insert(static_cast<int16_t>(s2));
     expectOrdinaryKept(cx, before, after, where);
     expectOutsideUnchanged(cx, before, after, region, staves, where);
-
-    for (const auto& [staff, measure] : walked) {
-        std::vector<score::ChordRecord> want = chordsIn(before, staff, measure);
-        const size_t n = want.size();
-        for (size_t i = 0; i < n && i < 16; ++i)
-            want.push_back(capoOf(want[i], s.fret, s.distance, s.chordFlag));
-        const std::vector<score::ChordRecord> got = chordsIn(after, staff, measure);
-        bool same = got.size() == want.size();
-        for (size_t i = 0; same && i < got.size(); ++i)
-            same = std::memcmp(&got[i], &want[i], sizeof got[i]) == 0;
-        cx.expect(same, where + ": " + place(staff, measure) + " holds " +
-                            std::to_string(got.size()) + " chord records, not the " +
-                            std::to_string(want.size()) +
-                            " expected, or a capo chord differs from its source with fret " +
-                            std::to_string(s.fret) + " and distance " + std::to_string(s.distance));
-    }
-
-    const bool labels = s.showLabel && !s.label.empty();
-    const int16_t first = region.firstMeasure;
-    for (int16_t staff : staves) {
-        const std::vector<Block> was = blocksIn(before, staff, first),
-                                 is = blocksIn(after, staff, first);
-        const std::string at = where + ": " + place(staff, first);
-        if (!cx.expect(is.size() == was.size() + (labels ? 1 : 0),
-                       at + " holds " + std::to_string(is.size()) + " text blocks, " +
-                           std::to_string(was.size()) + " before"))
-            continue;
-        for (size_t i = 0; i < was.size(); ++i)
-            cx.expect(is[i].horizontal == was[i].horizontal && is[i].vertical == was[i].vertical &&
-                          is[i].text == was[i].text,
-                      at + ": text block " + std::to_string(i) + " changed");
-        if (!labels) continue;
-        const Block& b = is.back();
-        cx.expect(b.horizontal == -200 && b.vertical == baselineOf(s.distance),
-                  at + ": the label sits at " + std::to_string(b.horizontal) + ", " +
-                      std::to_string(b.vertical) + ", not -200, " +
-                      std::to_string(baselineOf(s.distance)));
-        cx.expect(b.text && *b.text == s.text(),
-                  at + ": the label reads \"" + (b.text ? shown(*b.text) : std::string("(none)")) +
-                      "\", not \"" + shown(s.text()) + "\"");
-        // A measure record that cannot be read is never saved over.
-        auto m = recordIn<score::MeasureRecord>(after, doc::kMeasure, {first, 0, 0});
-        if (recordIn<score::MeasureRecord>(before, doc::kMeasure, {first, 0, 0}))
-            cx.expect(m && (m->textFlags & score::kMeasureTextFlag),
-                      at + ": the measure's text flag is not set");
-        else
-            cx.expect(!m, at + ": a measure record was made up for a measure that had none");
-    }
+    expectCapoChords(cx, before, after, s, walked, where);
+    expectLabels(cx, before, after, s, region.firstMeasure, staves, where);
 }
 
 } // namespace validate
