@@ -94,23 +94,23 @@ ui::Step middleStep(Context& cx, const std::map<std::string, Distance>& typed, i
     case 4:
         return ui::message(anyMessage(cx), anyParameter(cx), anyParameter(cx));
     case 5:
-        return ui::type(4, kFrets[cx.between(0, 9)]);
+        return ui::type(control::kFret, kFrets[cx.between(0, 9)]);
     case 6: {
         auto it = typed.begin();
         std::advance(it, cx.between(0, static_cast<int>(typed.size()) - 1));
-        return ui::type(6, it->first);
+        return ui::type(control::kDistance, it->first);
     }
     case 7: {
         const auto all = labels();
-        return ui::type(10,
+        return ui::type(control::kLabel,
                         all[static_cast<size_t>(cx.between(0, static_cast<int>(all.size()) - 1))]);
     }
     case 8:
         return ui::click(static_cast<int16_t>(8 + cx.between(0, 1)));
     case 9:
-        return ui::click(11);
+        return ui::click(control::kRemove);
     case 10:
-        return ui::setValue(4, cx.between(-2, 70));
+        return ui::setValue(control::kFret, cx.between(-2, 70));
     case 11:
         return ui::press(static_cast<int16_t>(cx.between(1, 2)));
     default:
@@ -142,15 +142,15 @@ std::vector<ui::Step> fuzzScript(Context& cx, const std::map<std::string, Distan
         steps.push_back(middleStep(cx, typed, reinits));
     switch (cx.between(0, 3)) {
     case 0:
-        steps.push_back(ui::press(1));
-        steps.push_back(ui::press(1));
+        steps.push_back(ui::press(control::kOk));
+        steps.push_back(ui::press(control::kOk));
         break; // OK twice
     case 1:
-        steps.push_back(ui::press(2));
-        steps.push_back(ui::press(1));
+        steps.push_back(ui::press(control::kCancel));
+        steps.push_back(ui::press(control::kOk));
         break; // Cancel, then OK
     case 2:
-        steps.push_back(ui::click(1));
+        steps.push_back(ui::click(control::kOk));
         break;
     default:
         break; // the close box
@@ -195,16 +195,16 @@ Confirmed confirmedSettings(Context& cx, const ui::DialogRun& r, const std::map<
                             std::string* shownDistance) {
     Confirmed c;
     auto value = [&](int16_t n) { return r.control(n) ? r.control(n)->value : 0; };
-    c.fret = static_cast<int16_t>(value(4));
-    auto d = typed.find(r.text8(6));
-    if (cx.expect(d != typed.end(), "the distance field reads \"" + r.text8(6) + "\", which was never typed")) {
+    c.fret = static_cast<int16_t>(value(control::kFret));
+    auto d = typed.find(r.text8(control::kDistance));
+    if (cx.expect(d != typed.end(), "the distance field reads \"" + r.text8(control::kDistance) + "\", which was never typed")) {
         c.distance = d->second.evpu;
         *shownDistance = d->second.shows;
     }
-    c.showLabel = value(9) != 0;
-    c.label = r.control(10) ? asRead(r.control(10)->text) : u"";
-    c.chordFlag = value(8) != 0;
-    c.remove = value(11) != 0;
+    c.showLabel = value(control::kShowLabel) != 0;
+    c.label = r.control(control::kLabel) ? asRead(r.control(control::kLabel)->text) : u"";
+    c.chordFlag = value(control::kChordFlag) != 0;
+    c.remove = value(control::kRemove) != 0;
     return c;
 }
 
@@ -214,17 +214,17 @@ void expectNextDialog(Context& cx, Session& s, const score::Region& region, cons
                       const std::string& shownDistance) {
     hostsim::setHandler(hostsim::Fx::FX_Dialog, nullptr);
     ui::DialogRun next;
-    ui::scriptDialog({ui::peek([&next](const ui::DialogRun& d) { next = d; }), ui::click(2)});
+    ui::scriptDialog({ui::peek([&next](const ui::DialogRun& d) { next = d; }), ui::click(control::kCancel)});
     cx.expect(s.invoke(&region, region) == 0, "the cancelled next dialog ran the command");
     auto shows = [&](int16_t n) { return next.control(n) ? next.control(n)->value : -1; };
-    cx.expect(shows(4) == remembered.fret && next.text8(6) == shownDistance &&
-                  shows(9) == (remembered.showLabel ? 1 : 0) &&
-                  shows(8) == (remembered.chordFlag ? 1 : 0) && shows(11) == 0 &&
-                  next.control(10) && next.control(10)->text == remembered.label,
-              "the next dialog shows fret " + std::to_string(shows(4)) + ", distance \"" +
-                  next.text8(6) + "\", label box " + std::to_string(shows(9)) + " \"" +
-                  next.text8(10) + "\", chord flag " + std::to_string(shows(8)) + ", removal " +
-                  std::to_string(shows(11)) + ", not fret " + std::to_string(remembered.fret) +
+    cx.expect(shows(control::kFret) == remembered.fret && next.text8(control::kDistance) == shownDistance &&
+                  shows(control::kShowLabel) == (remembered.showLabel ? 1 : 0) &&
+                  shows(control::kChordFlag) == (remembered.chordFlag ? 1 : 0) && shows(control::kRemove) == 0 &&
+                  next.control(control::kLabel) && next.control(control::kLabel)->text == remembered.label,
+              "the next dialog shows fret " + std::to_string(shows(control::kFret)) + ", distance \"" +
+                  next.text8(control::kDistance) + "\", label box " + std::to_string(shows(control::kShowLabel)) + " \"" +
+                  next.text8(control::kLabel) + "\", chord flag " + std::to_string(shows(control::kChordFlag)) + ", removal " +
+                  std::to_string(shows(control::kRemove)) + ", not fret " + std::to_string(remembered.fret) +
                   ", distance \"" + shownDistance + "\", label \"" + shown(remembered.label) +
                   "\"");
 }

@@ -13,6 +13,7 @@
 namespace validate {
 namespace {
 
+namespace control = hostsim::control;
 namespace score = hostsim::score;
 namespace ui = hostsim::ui;
 
@@ -279,14 +280,14 @@ std::set<int16_t> RandomScore::staves() const {
 
 std::vector<ui::Step> RandomScore::dialog(const RunSettings& s) const {
     // The fret first: changing it rewrites the digits of the label.
-    std::vector<ui::Step> steps{ui::type(4, std::to_string(s.fret)),
-                                ui::type(6, std::to_string(s.distance)),
-                                ui::setValue(9, 1),
-                                ui::type(10, s.label),
-                                ui::setValue(9, s.showLabel ? 1 : 0),
-                                ui::setValue(8, s.chordFlag ? 1 : 0),
-                                ui::setValue(11, s.remove ? 1 : 0),
-                                ui::click(1)};
+    std::vector<ui::Step> steps{ui::type(control::kFret, std::to_string(s.fret)),
+                                ui::type(control::kDistance, std::to_string(s.distance)),
+                                ui::setValue(control::kShowLabel, 1),
+                                ui::type(control::kLabel, s.label),
+                                ui::setValue(control::kShowLabel, s.showLabel ? 1 : 0),
+                                ui::setValue(control::kChordFlag, s.chordFlag ? 1 : 0),
+                                ui::setValue(control::kRemove, s.remove ? 1 : 0),
+                                ui::click(control::kOk)};
     return steps;
 }
 

@@ -23,6 +23,7 @@
 
 namespace validate {
 
+namespace control = hostsim::control;
 namespace doc = hostsim::doc;
 namespace score = hostsim::score;
 
