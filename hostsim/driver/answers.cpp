@@ -60,6 +60,12 @@ std::vector<ui::Step> dialogScript(const Answers& a, std::string* shown, std::st
     return steps;
 }
 
+void answerWith(const Answers& a, std::string* shown, std::string* confirmed) {
+    setUnitByName(a.unit);
+    if (a.wholeDocument) ui::scriptAlerts({1});
+    ui::scriptDialog(dialogScript(a, shown, confirmed));
+}
+
 bool isUnit(const std::string& name) {
     int16_t code = 0;
     return unitCode(name, &code);

@@ -97,10 +97,8 @@ int16_t Session::invoke(const score::Region* selection, const score::Region& who
 
 int16_t Session::run(const hostsim::driver::Answers& answers, const score::Region* selection,
                      const score::Region& whole) {
-    hostsim::driver::setUnitByName(answers.unit);
-    if (answers.wholeDocument) ui::scriptAlerts({1});
     std::string shown, confirmed;
-    ui::scriptDialog(hostsim::driver::dialogScript(answers, &shown, &confirmed));
+    hostsim::driver::answerWith(answers, &shown, &confirmed);
     return invoke(answers.wholeDocument ? nullptr : selection, whole);
 }
 

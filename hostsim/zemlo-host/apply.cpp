@@ -219,8 +219,7 @@ int16_t chooseCommand(driver::InvokeFn invoke, const ApplyOptions& a, const driv
     score::Region whole = score::region(1, 1, s.staves(), s.measures());
     score::Region selection = score::region(firstStaff, firstMeasure, lastStaff, lastMeasure);
     std::string shown, confirmed;
-    if (answers.wholeDocument) ui::scriptAlerts({1});
-    ui::scriptDialog(driver::dialogScript(answers, &shown, &confirmed));
+    driver::answerWith(answers, &shown, &confirmed);
     ui::setProgressObserver(drawProgress);
     if (answers.wholeDocument) std::printf("Capo chords: nothing selected (the whole document, when asked)\n");
     else std::printf("Capo chords: staves %d-%d, measures %d-%d\n", firstStaff, lastStaff, firstMeasure, lastMeasure);
@@ -286,7 +285,6 @@ int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
     std::unique_ptr<mx::LeadSheet> sheet = readScore(path, a);
     if (!sheet) return 1;
     sheet->build();
-    driver::setUnitByName(a.answers.unit);
     driver::Answers answers = a.answers;
     // A capo already in the file is the fret the user starts from.
     if (answers.capo.empty() && sheet->fileCapo()) answers.capo = std::to_string(sheet->fileCapo());
