@@ -32,18 +32,20 @@ void setUnit(int16_t code) {
     doc::put(0x70666770, {0, 0, 0}, record);
 }
 
-const char* onOff(int32_t v) { return v ? "on" : "off"; }
+const char* onOff(int32_t v) {
+    return v ? "on" : "off";
+}
 
 // The dialog's controls as the user sees them.
 std::string describe(const ui::DialogRun& r) {
     using namespace control;
     auto value = [&](int16_t n) { return r.control(n) ? r.control(n)->value : 0; };
-    return "fret " + r.text8(kFret) + "; " + r.text8(kUnitCaption) + " " + r.text8(kDistance) + "; label " +
-           onOff(value(kShowLabel)) + " \"" + r.text8(kLabel) + "\"; chord flag " + onOff(value(kChordFlag)) +
-           "; removal " + onOff(value(kRemove));
+    return "fret " + r.text8(kFret) + "; " + r.text8(kUnitCaption) + " " + r.text8(kDistance) +
+           "; label " + onOff(value(kShowLabel)) + " \"" + r.text8(kLabel) + "\"; chord flag " +
+           onOff(value(kChordFlag)) + "; removal " + onOff(value(kRemove));
 }
 
-}  // namespace
+} // namespace
 
 std::vector<ui::Step> dialogScript(const Answers& a, std::string* shown, std::string* confirmed) {
     using namespace control;
@@ -76,5 +78,5 @@ void setUnitByName(const std::string& unit) {
     if (!unit.empty() && unitCode(unit, &code)) setUnit(code);
 }
 
-}  // namespace driver
-}  // namespace hostsim
+} // namespace driver
+} // namespace hostsim

@@ -16,7 +16,8 @@ namespace {
 
 std::u16string textOf(const uint16_t* units) {
     std::u16string s;
-    for (size_t i = 0; i < kMenuTextRoom && units[i]; ++i) s.push_back(static_cast<char16_t>(units[i]));
+    for (size_t i = 0; i < kMenuTextRoom && units[i]; ++i)
+        s.push_back(static_cast<char16_t>(units[i]));
     return s;
 }
 
@@ -59,7 +60,7 @@ class StringTable {
     CFBundleRef bundle_ = nullptr;
 };
 
-}  // namespace
+} // namespace
 
 int32_t* StartMemory::initValue() {
     value_ = -1;
@@ -124,5 +125,5 @@ StartUp start(const Plugin& plugin, int maxItems) {
     return start(plugin, maxItems, plain);
 }
 
-}  // namespace driver
-}  // namespace hostsim
+} // namespace driver
+} // namespace hostsim

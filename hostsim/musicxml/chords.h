@@ -22,14 +22,14 @@ Pitch spell(int pitchClass, int fifths);
 int pitchClass(Pitch p);
 // The note a capo player fingers for `p` with the capo at `fret`.
 Pitch fingered(Pitch p, int fret, int fifths);
-std::string noteName(Pitch p);  // "C", "F#", "Bb"
+std::string noteName(Pitch p); // "C", "F#", "Bb"
 // MusicXML's chord kinds by their index in the record; unknown kinds read as "other".
 int kindIndex(const std::string& value);
 const char* kindValue(int index);
 // The chord as a reader shows it ("Am7", "G/B"); a capo chord as its shape.
 std::string chordName(const score::ChordRecord& c, int fifths);
 
-}  // namespace musicxml
-}  // namespace hostsim
+} // namespace musicxml
+} // namespace hostsim
 
 #endif

@@ -16,7 +16,9 @@ std::unique_ptr<LeadSheet> LeadSheet::read(const std::string& path, std::string*
     return sheet ? std::unique_ptr<LeadSheet>(new LeadSheet(std::move(sheet))) : nullptr;
 }
 
-void LeadSheet::build() { buildRecords(*s_); }
+void LeadSheet::build() {
+    buildRecords(*s_);
+}
 
 bool LeadSheet::write(const std::string& path, std::string* error) {
     for (size_t i = 0; i < s_->parts.size(); ++i) {
@@ -27,13 +29,22 @@ bool LeadSheet::write(const std::string& path, std::string* error) {
     return save(s_->doc, path, error);
 }
 
-std::string LeadSheet::title() const { return s_->title; }
-int LeadSheet::staves() const { return static_cast<int>(s_->parts.size()); }
-int LeadSheet::measures() const { return s_->measures; }
-size_t LeadSheet::chordCount() const { return s_->harmonies.size(); }
+std::string LeadSheet::title() const {
+    return s_->title;
+}
+int LeadSheet::staves() const {
+    return static_cast<int>(s_->parts.size());
+}
+int LeadSheet::measures() const {
+    return s_->measures;
+}
+size_t LeadSheet::chordCount() const {
+    return s_->harmonies.size();
+}
 
 std::string LeadSheet::partName(int staff) const {
-    return staff >= 1 && staff <= staves() ? s_->parts[static_cast<size_t>(staff - 1)]->name : std::string();
+    return staff >= 1 && staff <= staves() ? s_->parts[static_cast<size_t>(staff - 1)]->name
+                                           : std::string();
 }
 
 int LeadSheet::fifths(int staff, int measure) const {
@@ -47,5 +58,5 @@ int LeadSheet::fileCapo() const {
     return 0;
 }
 
-}  // namespace musicxml
-}  // namespace hostsim
+} // namespace musicxml
+} // namespace hostsim

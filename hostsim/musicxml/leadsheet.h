@@ -57,7 +57,7 @@ class LeadSheet {
     std::unique_ptr<Sheet> s_;
 };
 
-}  // namespace musicxml
-}  // namespace hostsim
+} // namespace musicxml
+} // namespace hostsim
 
 #endif

@@ -20,23 +20,29 @@ using score::ChordRecord;
 
 // The copied bytes as the record lays them out.
 static_assert(offsetof(ChordRecord, host4) == 4 && sizeof(ChordRecord::host4) == 4, "bytes 4-7");
-static_assert(offsetof(ChordRecord, host10) == 10 && sizeof(ChordRecord::host10) == 6, "bytes 10-15");
+static_assert(offsetof(ChordRecord, host10) == 10 && sizeof(ChordRecord::host10) == 6,
+              "bytes 10-15");
 static_assert(offsetof(ChordRecord, key3) == 20, "onset key");
-static_assert(offsetof(ChordRecord, host24) == 24 && sizeof(ChordRecord::host24) == 6, "bytes 24-29");
+static_assert(offsetof(ChordRecord, host24) == 24 && sizeof(ChordRecord::host24) == 6,
+              "bytes 24-29");
 static_assert(kRootStepByte >= 4 && kBassAlterByte <= 7 && kKindByte >= 10 && kKindByte <= 15 &&
                   kHarmonyByte >= 24 && kHarmonyByte + 4 <= 30,
               "chord fields lie in bytes a capo chord copies");
 
-uint8_t* at(ChordRecord& c, size_t offset) { return reinterpret_cast<uint8_t*>(&c) + offset; }
+uint8_t* at(ChordRecord& c, size_t offset) {
+    return reinterpret_cast<uint8_t*>(&c) + offset;
+}
 const uint8_t* at(const ChordRecord& c, size_t offset) {
     return reinterpret_cast<const uint8_t*>(&c) + offset;
 }
 
 // The ordinary chords of a staff-measure in onset order, each numbered
 // among the chords at its onset.
-void buildChords(score::Score& s, int16_t staff, int16_t measure, std::vector<const Harmony*> here) {
-    std::stable_sort(here.begin(), here.end(),
-                     [](const Harmony* a, const Harmony* b) { return a->fields.onset < b->fields.onset; });
+void buildChords(score::Score& s, int16_t staff, int16_t measure,
+                 std::vector<const Harmony*> here) {
+    std::stable_sort(here.begin(), here.end(), [](const Harmony* a, const Harmony* b) {
+        return a->fields.onset < b->fields.onset;
+    });
     int16_t ordinal = 0;
     for (size_t i = 0; i < here.size(); ++i) {
         ordinal = i > 0 && here[i - 1]->fields.onset == here[i]->fields.onset ? ordinal + 1 : 0;
@@ -59,7 +65,7 @@ void buildCapoChords(score::Score& s, const Part& p, int16_t staff, int16_t meas
     }
 }
 
-}  // namespace
+} // namespace
 
 ChordFields fieldsOf(const ChordRecord& c) {
     ChordFields f;
@@ -116,10 +122,14 @@ std::u16string utf16(const std::string& s) {
         const unsigned char c = static_cast<unsigned char>(s[i]);
         uint32_t cp = c;
         size_t n = 1;
-        if (c >= 0xF0) cp = c & 0x07, n = 4;
-        else if (c >= 0xE0) cp = c & 0x0F, n = 3;
-        else if (c >= 0xC0) cp = c & 0x1F, n = 2;
-        for (size_t k = 1; k < n && i + k < s.size(); ++k) cp = (cp << 6) | (s[i + k] & 0x3F);
+        if (c >= 0xF0)
+            cp = c & 0x07, n = 4;
+        else if (c >= 0xE0)
+            cp = c & 0x0F, n = 3;
+        else if (c >= 0xC0)
+            cp = c & 0x1F, n = 2;
+        for (size_t k = 1; k < n && i + k < s.size(); ++k)
+            cp = (cp << 6) | (s[i + k] & 0x3F);
         i += n;
         if (cp >= 0x10000) {
             cp -= 0x10000;
@@ -136,7 +146,8 @@ void buildRecords(Sheet& sheet) {
     score::Score s(static_cast<int>(sheet.parts.size()), sheet.measures);
     score::addFont(4, u"Times New Roman", 4096);
     std::map<std::pair<int, int>, std::vector<const Harmony*>> byPlace;
-    for (const auto& h : sheet.harmonies) byPlace[{h->staff, h->measure}].push_back(h.get());
+    for (const auto& h : sheet.harmonies)
+        byPlace[{h->staff, h->measure}].push_back(h.get());
     for (size_t i = 0; i < sheet.parts.size(); ++i) {
         Part& p = *sheet.parts[i];
         const auto staff = static_cast<int16_t>(i + 1);
@@ -152,5 +163,5 @@ void buildRecords(Sheet& sheet) {
     }
 }
 
-}  // namespace musicxml
-}  // namespace hostsim
+} // namespace musicxml
+} // namespace hostsim

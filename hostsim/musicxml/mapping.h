@@ -29,7 +29,7 @@ namespace musicxml {
 struct ChordFields {
     int rootStep = 0;
     int rootAlter = 0;
-    int bassStep = -1;  // -1: none
+    int bassStep = -1; // -1: none
     int bassAlter = 0;
     int kind = 0;
     int32_t onset = 0;
@@ -50,7 +50,7 @@ std::string tenthsOf(int16_t evpu);
 std::string plainText(const std::u16string& raw);
 std::u16string utf16(const std::string& s);
 
-}  // namespace musicxml
-}  // namespace hostsim
+} // namespace musicxml
+} // namespace hostsim
 
 #endif

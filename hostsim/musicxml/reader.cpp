@@ -25,7 +25,9 @@ constexpr int kMaxMeasures = 32767;
 
 int stepOf(const std::string& s) {
     static const std::string kSteps = "CDEFGAB";
-    return s.size() == 1 && kSteps.find(s[0]) != std::string::npos ? static_cast<int>(kSteps.find(s[0])) : -1;
+    return s.size() == 1 && kSteps.find(s[0]) != std::string::npos
+               ? static_cast<int>(kSteps.find(s[0]))
+               : -1;
 }
 
 int16_t evpuOf(xmlNodePtr n) {
@@ -88,9 +90,11 @@ bool unpack(const std::string& path, std::string* data, std::string* error) {
     std::string container, score;
     bool ok = readEntry(z, "META-INF/container.xml", &container);
     if (ok) {
-        xmlDocPtr d = xmlReadMemory(container.data(), static_cast<int>(container.size()), "container.xml", nullptr,
-                                    XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
-        xmlNodePtr rootfile = child(child(d ? xmlDocGetRootElement(d) : nullptr, "rootfiles"), "rootfile");
+        xmlDocPtr d =
+            xmlReadMemory(container.data(), static_cast<int>(container.size()), "container.xml",
+                          nullptr, XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
+        xmlNodePtr rootfile =
+            child(child(d ? xmlDocGetRootElement(d) : nullptr, "rootfiles"), "rootfile");
         score = rootfile ? attr(rootfile, "full-path") : "";
         if (d) xmlFreeDoc(d);
     }
@@ -111,7 +115,8 @@ bool unpack(const std::string& path, std::string* data, std::string* error) {
 // The file's bytes: as they are, or the score inside a compressed file.
 bool loadFile(const std::string& path, std::string* data, std::string* error) {
     if (!readFile(path, data, error)) return false;
-    return path.size() <= 4 || path.compare(path.size() - 4, 4, ".mxl") != 0 || unpack(path, data, error);
+    return path.size() <= 4 || path.compare(path.size() - 4, 4, ".mxl") != 0 ||
+           unpack(path, data, error);
 }
 
 // The tree of a partwise score. No network, no external DTD, entities left
@@ -123,13 +128,16 @@ xmlDocPtr parse(const std::string& data, const std::string& path, std::string* e
         *error = "out of memory";
         return nullptr;
     }
-    xmlDocPtr doc = xmlCtxtReadMemory(ctxt, data.data(), static_cast<int>(data.size()), path.c_str(), nullptr,
-                                      XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
+    xmlDocPtr doc =
+        xmlCtxtReadMemory(ctxt, data.data(), static_cast<int>(data.size()), path.c_str(), nullptr,
+                          XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
     if (!doc) {
         const xmlError* e = xmlCtxtGetLastError(ctxt);
         std::string why = e && e->message ? e->message : "unreadable";
-        while (!why.empty() && (why.back() == '\n' || why.back() == ' ')) why.pop_back();
-        *error = path + " is not well-formed XML (line " + std::to_string(e ? e->line : 0) + ": " + why + ")";
+        while (!why.empty() && (why.back() == '\n' || why.back() == ' '))
+            why.pop_back();
+        *error = path + " is not well-formed XML (line " + std::to_string(e ? e->line : 0) + ": " +
+                 why + ")";
     }
     xmlFreeParserCtxt(ctxt);
     return doc;
@@ -163,12 +171,14 @@ bool readHarmony(xmlNodePtr h, ChordFields* f, std::string* error) {
         return false;
     }
     f->rootStep = step;
-    f->rootAlter = static_cast<int>(std::max(-2L, std::min(2L, integer(child(root, "root-alter"), 0))));
+    f->rootAlter =
+        static_cast<int>(std::max(-2L, std::min(2L, integer(child(root, "root-alter"), 0))));
     f->kind = kindIndex(text(child(h, "kind")));
     f->bassStep = -1;
     if (xmlNodePtr bass = child(h, "bass")) {
         f->bassStep = stepOf(text(child(bass, "bass-step")));
-        f->bassAlter = static_cast<int>(std::max(-2L, std::min(2L, integer(child(bass, "bass-alter"), 0))));
+        f->bassAlter =
+            static_cast<int>(std::max(-2L, std::min(2L, integer(child(bass, "bass-alter"), 0))));
     }
     return true;
 }
@@ -199,18 +209,26 @@ class PartReader {
   private:
     bool measure(xmlNodePtr m) {
         const int index = static_cast<int>(part_.measures.size()) + 1;
-        if (index > kMaxMeasures) return fail(path_ + " has more measures than zemlo-host keeps (32767)");
+        if (index > kMaxMeasures)
+            return fail(path_ + " has more measures than zemlo-host keeps (32767)");
         if (!inOrder(m, index)) return false;
         part_.measures.push_back(m);
         pos_ = 0;
         lastOrdinary_ = nullptr;
         for (xmlNodePtr c : children(m)) {
-            if (is(c, "attributes")) attributes(c, index);
-            else if (is(c, "note")) pos_ += child(c, "chord") || child(c, "grace") ? 0 : integer(child(c, "duration"), 0);
-            else if (is(c, "backup")) pos_ -= integer(child(c, "duration"), 0);
-            else if (is(c, "forward")) pos_ += integer(child(c, "duration"), 0);
-            else if (is(c, "direction") && index == 1 && pos_ == 0 && !child(c, "offset")) label(c);
-            else if (is(c, "harmony") && !harmony(c, m, index)) return false;
+            if (is(c, "attributes"))
+                attributes(c, index);
+            else if (is(c, "note"))
+                pos_ +=
+                    child(c, "chord") || child(c, "grace") ? 0 : integer(child(c, "duration"), 0);
+            else if (is(c, "backup"))
+                pos_ -= integer(child(c, "duration"), 0);
+            else if (is(c, "forward"))
+                pos_ += integer(child(c, "duration"), 0);
+            else if (is(c, "direction") && index == 1 && pos_ == 0 && !child(c, "offset"))
+                label(c);
+            else if (is(c, "harmony") && !harmony(c, m, index))
+                return false;
         }
         part_.fifths.push_back(fifths_);
         return true;
@@ -223,14 +241,16 @@ class PartReader {
         if (!number(numberText, &n) || attr(m, "implicit") == "yes") return true;
         if (index > 1 && n <= lastNumber_)
             return fail(path_ + ": measure " + numberText + " of part " + part_.id +
-                        " is out of order (it follows measure " + std::to_string(lastNumber_) + ")");
+                        " is out of order (it follows measure " + std::to_string(lastNumber_) +
+                        ")");
         lastNumber_ = std::lround(n);
         return true;
     }
 
     void attributes(xmlNodePtr c, int index) {
         divisions_ = std::max(1L, integer(child(c, "divisions"), divisions_));
-        if (xmlNodePtr key = child(c, "key")) fifths_ = static_cast<int>(integer(child(key, "fifths"), fifths_));
+        if (xmlNodePtr key = child(c, "key"))
+            fifths_ = static_cast<int>(integer(child(key, "fifths"), fifths_));
         if (index != 1) return;
         if (xmlNodePtr capo = child(child(c, "staff-details"), "capo")) {
             part_.capo = capo;
@@ -250,11 +270,12 @@ class PartReader {
         h.measure = index;
         h.vertical = evpuOf(c);
         if (!readHarmony(c, &h.fields, error_))
-            return fail(path_ + ": part " + part_.id + ", measure " + attr(m, "number") + " (line " +
-                        std::to_string(xmlGetLineNo(m)) + ") holds " + *error_);
+            return fail(path_ + ": part " + part_.id + ", measure " + attr(m, "number") +
+                        " (line " + std::to_string(xmlGetLineNo(m)) + ") holds " + *error_);
         const long at = pos_ + integer(child(c, "offset"), 0);
         h.fields.onset = static_cast<int32_t>(std::max<long long>(
-            -2000000000LL, std::min<long long>(2000000000LL, static_cast<long long>(at) * kOnsetPerQuarter / divisions_)));
+            -2000000000LL, std::min<long long>(2000000000LL, static_cast<long long>(at) *
+                                                                 kOnsetPerQuarter / divisions_)));
         if (isCapoChord(c, h)) {
             h.fields = lastOrdinary_->fields;
             alternates_.push_back(h);
@@ -270,8 +291,8 @@ class PartReader {
     // An alternate chord right after a chord at its onset, a capo fret lower,
     // is a capo chord written by this host.
     bool isCapoChord(xmlNodePtr c, const Harmony& h) const {
-        if (attr(c, "type") != "alternate" || part_.capoFret <= 0 || part_.capoFret >= 64 || !lastOrdinary_ ||
-            lastOrdinary_->fields.onset != h.fields.onset)
+        if (attr(c, "type") != "alternate" || part_.capoFret <= 0 || part_.capoFret >= 64 ||
+            !lastOrdinary_ || lastOrdinary_->fields.onset != h.fields.onset)
             return false;
         const ChordFields& source = lastOrdinary_->fields;
         return pitchClass({h.fields.rootStep, h.fields.rootAlter}) ==
@@ -291,12 +312,12 @@ class PartReader {
     long divisions_ = 1;
     int fifths_ = 0;
     long lastNumber_ = 0;
-    long pos_ = 0;  // in divisions
+    long pos_ = 0; // in divisions
     const Harmony* lastOrdinary_ = nullptr;
     std::vector<Harmony> alternates_;
 };
 
-}  // namespace
+} // namespace
 
 Sheet::~Sheet() {
     if (doc) xmlFreeDoc(doc);
@@ -320,7 +341,8 @@ std::unique_ptr<Sheet> readSheet(const std::string& path, std::string* error) {
         part->id = attr(partNode, "id");
         part->name = names.count(part->id) ? names[part->id] : part->id;
         if (!PartReader(*sheet, *part, path, error).read(partNode)) return nullptr;
-        if (!sheet->parts.empty() && part->measures.size() != static_cast<size_t>(sheet->measures)) {
+        if (!sheet->parts.empty() &&
+            part->measures.size() != static_cast<size_t>(sheet->measures)) {
             *error = path + ": part " + part->id + " has " + std::to_string(part->measures.size()) +
                      " measures, the first part " + std::to_string(sheet->measures);
             return nullptr;
@@ -335,5 +357,5 @@ std::unique_ptr<Sheet> readSheet(const std::string& path, std::string* error) {
     return sheet;
 }
 
-}  // namespace musicxml
-}  // namespace hostsim
+} // namespace musicxml
+} // namespace hostsim

@@ -41,14 +41,14 @@ struct Label {
 struct Part {
     std::string id, name;
     std::vector<xmlNodePtr> measures;
-    std::vector<int> fifths;    // per measure
-    xmlNodePtr capo = nullptr;  // <capo> of the first measure's attributes
-    bool ownsCapo = false;      // read back with capo chords, or written by us
+    std::vector<int> fifths;   // per measure
+    xmlNodePtr capo = nullptr; // <capo> of the first measure's attributes
+    bool ownsCapo = false;     // read back with capo chords, or written by us
     int capoFret = 0;
-    std::vector<xmlNodePtr> capoNodes;  // capo chords in the tree: removed before every write
+    std::vector<xmlNodePtr> capoNodes; // capo chords in the tree: removed before every write
     std::vector<CapoChord> capoChords;
     std::vector<Label> labels;
-    std::map<uint16_t, xmlNodePtr> labelByBlock;  // label directions by text block number
+    std::map<uint16_t, xmlNodePtr> labelByBlock; // label directions by text block number
 };
 
 struct Sheet {
@@ -57,7 +57,7 @@ struct Sheet {
     std::string title;
     int measures = 0;
     std::vector<std::unique_ptr<Part>> parts;
-    std::vector<std::unique_ptr<Harmony>> harmonies;  // by number, from 1
+    std::vector<std::unique_ptr<Harmony>> harmonies; // by number, from 1
 };
 
 // reader.cpp: a checked file as a tree and what it holds. Null after
@@ -73,7 +73,7 @@ void writeCapoChords(const Sheet& s, Part& p, int staff);
 void writeLabels(Part& p, int staff);
 bool save(xmlDocPtr doc, const std::string& path, std::string* error);
 
-}  // namespace musicxml
-}  // namespace hostsim
+} // namespace musicxml
+} // namespace hostsim
 
 #endif

@@ -25,7 +25,7 @@ using score::ChordRecord;
 void setPitch(xmlNodePtr parent, const char* stepName, const char* alterName, Pitch p) {
     xmlNodePtr step = child(parent, stepName);
     if (!step) return;
-    xmlUnsetProp(step, X("text"));  // a display text would still show the concert note
+    xmlUnsetProp(step, X("text")); // a display text would still show the concert note
     const std::string s(1, "CDEFGAB"[p.step]);
     xmlNodeSetContent(step, X(s.c_str()));
     xmlNodePtr alter = child(parent, alterName);
@@ -74,9 +74,11 @@ xmlNodePtr capoCopy(const Harmony& source, const ChordRecord& c, int fifths) {
     xmlNodePtr copy = xmlCopyNode(source.node, 1);
     const ChordFields& f = source.fields;
     if (xmlNodePtr root = child(copy, "root"))
-        setPitch(root, "root-step", "root-alter", fingered({f.rootStep, f.rootAlter}, c.fret(), fifths));
+        setPitch(root, "root-step", "root-alter",
+                 fingered({f.rootStep, f.rootAlter}, c.fret(), fifths));
     if (xmlNodePtr bass = child(copy, "bass"); bass && f.bassStep >= 0)
-        setPitch(bass, "bass-step", "bass-alter", fingered({f.bassStep, f.bassAlter}, c.fret(), fifths));
+        setPitch(bass, "bass-step", "bass-alter",
+                 fingered({f.bassStep, f.bassAlter}, c.fret(), fifths));
     // A fret diagram shows the concert chord's fingering, not the shape's.
     if (xmlNodePtr frame = child(copy, "frame")) drop(frame);
     xmlSetProp(copy, X("type"), X("alternate"));
@@ -119,21 +121,24 @@ xmlNodePtr labelDirection(Part& p, uint16_t block) {
     }
     xmlNodePtr direction = xmlNewNode(nullptr, X("direction"));
     xmlSetProp(direction, X("placement"), X("above"));
-    xmlNewChild(xmlNewChild(direction, nullptr, X("direction-type"), nullptr), nullptr, X("words"), nullptr);
+    xmlNewChild(xmlNewChild(direction, nullptr, X("direction-type"), nullptr), nullptr, X("words"),
+                nullptr);
     xmlNodePtr firstNote = child(p.measures[0], "note");
     firstNote ? xmlAddPrevSibling(firstNote, direction) : xmlAddChild(p.measures[0], direction);
     return direction;
 }
 
-}  // namespace
+} // namespace
 
 void writeCapoChords(const Sheet& s, Part& p, int staff) {
-    for (xmlNodePtr n : p.capoNodes) drop(n);
+    for (xmlNodePtr n : p.capoNodes)
+        drop(n);
     p.capoNodes.clear();
     int fret = 0;
     for (int m = 1; m <= s.measures; ++m) {
-        std::map<uint32_t, xmlNodePtr> last;  // harmony number: node the next copy follows
-        for (const ChordRecord& c : score::chords(static_cast<int16_t>(staff), static_cast<int16_t>(m))) {
+        std::map<uint32_t, xmlNodePtr> last; // harmony number: node the next copy follows
+        for (const ChordRecord& c :
+             score::chords(static_cast<int16_t>(staff), static_cast<int16_t>(m))) {
             if (!c.isCapo()) continue;
             const uint32_t number = fieldsOf(c).harmony;
             if (number < 1 || number > s.harmonies.size()) continue;
@@ -162,7 +167,8 @@ void writeLabels(Part& p, int staff) {
         xmlSetProp(words, X("default-y"), X(tenthsOf(mt.vertical).c_str()));
         labels[mt.blockNumber] = direction;
     }
-    for (auto& gone : p.labelByBlock) drop(gone.second);
+    for (auto& gone : p.labelByBlock)
+        drop(gone.second);
     p.labelByBlock = labels;
 }
 
@@ -176,7 +182,8 @@ bool save(xmlDocPtr d, const std::string& path, std::string* error) {
     xmlCreateIntSubset(d, X("score-partwise"), X("-//Recordare//DTD MusicXML 4.0 Partwise//EN"),
                        X("http://www.musicxml.org/dtds/partwise.dtd"));
     const std::string temp = path + ".part" + std::to_string(getpid());
-    if (xmlSaveFileEnc(temp.c_str(), d, "UTF-8") < 0 || std::rename(temp.c_str(), path.c_str()) != 0) {
+    if (xmlSaveFileEnc(temp.c_str(), d, "UTF-8") < 0 ||
+        std::rename(temp.c_str(), path.c_str()) != 0) {
         std::remove(temp.c_str());
         *error = "cannot write " + path;
         return false;
@@ -184,5 +191,5 @@ bool save(xmlDocPtr d, const std::string& path, std::string* error) {
     return true;
 }
 
-}  // namespace musicxml
-}  // namespace hostsim
+} // namespace musicxml
+} // namespace hostsim

@@ -65,5 +65,5 @@ xmlNodePtr labelWords(xmlNodePtr direction) {
     return inner.size() == 1 && is(inner[0], "words") ? inner[0] : nullptr;
 }
 
-}  // namespace musicxml
-}  // namespace hostsim
+} // namespace musicxml
+} // namespace hostsim

@@ -10,13 +10,15 @@
 namespace hostsim {
 namespace musicxml {
 
-inline const xmlChar* X(const char* s) { return reinterpret_cast<const xmlChar*>(s); }
+inline const xmlChar* X(const char* s) {
+    return reinterpret_cast<const xmlChar*>(s);
+}
 
 bool is(xmlNodePtr n, const char* name);
 xmlNodePtr child(xmlNodePtr n, const char* name);
 // Element children, of one name or of any.
 std::vector<xmlNodePtr> children(xmlNodePtr n, const char* name = nullptr);
-std::string text(xmlNodePtr n);  // trimmed
+std::string text(xmlNodePtr n); // trimmed
 std::string attr(xmlNodePtr n, const char* name);
 bool number(const std::string& s, double* v);
 // Whole numbers beyond a billion (durations, frets, fifths) are not believed.
@@ -25,7 +27,7 @@ void drop(xmlNodePtr n);
 // The direction is a label candidate when it holds nothing but one <words>.
 xmlNodePtr labelWords(xmlNodePtr direction);
 
-}  // namespace musicxml
-}  // namespace hostsim
+} // namespace musicxml
+} // namespace hostsim
 
 #endif

@@ -57,31 +57,39 @@ bool decimal(const std::string& text) {
 }
 
 // The dialog's answers. False when `arg` is none of them.
-bool parseAnswer(const std::string& arg, const char* value, driver::Answers* o, std::string* error) {
+bool parseAnswer(const std::string& arg, const char* value, driver::Answers* o,
+                 std::string* error) {
     if (arg == "--unit") {
         if (!driver::isUnit(value))
-            *error = std::string("unknown unit ") + value + " (evpus, inches, centimeters, points, picas, spaces)";
+            *error = std::string("unknown unit ") + value +
+                     " (evpus, inches, centimeters, points, picas, spaces)";
         o->unit = value;
     } else if (arg == "--capo") {
         o->capo = value;
-        if (!wholeNumber(o->capo, 1, 63)) *error = "--capo wants a fret from 1 to 63, not " + o->capo;
+        if (!wholeNumber(o->capo, 1, 63))
+            *error = "--capo wants a fret from 1 to 63, not " + o->capo;
     } else if (arg == "--distance") {
         o->distance = value;
         if (!decimal(o->distance)) *error = "--distance wants a number, not " + o->distance;
     } else if (arg == "--label") {
         o->label = value;
         o->setLabel = true;
-    } else if (arg == "--no-label") o->noLabel = true;
-    else if (arg == "--chord-flag") o->chordFlag = true;
-    else if (arg == "--remove") o->remove = true;
-    else if (arg == "--whole-document") o->wholeDocument = true;
-    else return false;
+    } else if (arg == "--no-label")
+        o->noLabel = true;
+    else if (arg == "--chord-flag")
+        o->chordFlag = true;
+    else if (arg == "--remove")
+        o->remove = true;
+    else if (arg == "--whole-document")
+        o->wholeDocument = true;
+    else
+        return false;
     return true;
 }
 
 // ---- Printing ---------------------------------------------------------------
 
-struct Sheet {
+struct View {
     const mx::LeadSheet& sheet;
     int16_t staves() const { return static_cast<int16_t>(sheet.staves()); }
     int16_t measures() const { return static_cast<int16_t>(sheet.measures()); }
@@ -89,7 +97,7 @@ struct Sheet {
 };
 
 // Each staff-measure's chords, each capo chord as the shape the player fingers.
-void printChords(const Sheet& s) {
+void printChords(const View& s) {
     for (int16_t staff = 1; staff <= s.staves(); ++staff) {
         for (int16_t m = 1; m <= s.measures(); ++m) {
             const auto chords = score::chords(staff, m);
@@ -102,18 +110,21 @@ void printChords(const Sheet& s) {
                 if (c.isCapo()) fret = c.fret();
             }
             std::printf("  %-10s m%-3d ", s.part(staff).c_str(), m);
-            if (fret) std::printf("%-24s | capo %d: %s\n", concert.c_str(), fret, capo.c_str());
-            else std::printf("%s\n", concert.c_str());
+            if (fret)
+                std::printf("%-24s | capo %d: %s\n", concert.c_str(), fret, capo.c_str());
+            else
+                std::printf("%s\n", concert.c_str());
         }
     }
 }
 
-void printLabels(const Sheet& s) {
+void printLabels(const View& s) {
     bool labelled = false;
     for (int16_t staff = 1; staff <= s.staves(); ++staff)
         for (int16_t m = 1; m <= s.measures(); ++m)
             for (const std::u16string& t : score::texts(staff, m)) {
-                std::printf("  %-10s m%-3d \"%s\"\n", s.part(staff).c_str(), m, mx::plainText(t).c_str());
+                std::printf("  %-10s m%-3d \"%s\"\n", s.part(staff).c_str(), m,
+                            mx::plainText(t).c_str());
                 labelled = true;
             }
     if (!labelled) std::printf("  none\n");
@@ -137,7 +148,7 @@ std::string hexFields(const score::ChordRecord& c) {
 }
 
 // Every chord record and measure text, for those who debug the host or the plug-in.
-void printRecords(const Sheet& s) {
+void printRecords(const View& s) {
     for (int16_t staff = 1; staff <= s.staves(); ++staff)
         for (int16_t m = 1; m <= s.measures(); ++m) {
             const auto chords = score::chords(staff, m);
@@ -145,14 +156,15 @@ void printRecords(const Sheet& s) {
                 const score::ChordRecord& c = chords[i];
                 const std::string name = mx::chordName(c, s.sheet.fifths(staff, m));
                 std::printf("  chord %d/%d/%zu: %s%s (onset %d, y %d%s)  %s\n", staff, m, i,
-                            c.isCapo() ? ("capo " + std::to_string(c.fret()) + " ").c_str() : "", name.c_str(),
-                            c.key3, c.vertical, c.flags & 0x8000 ? ", flagged" : "", hexFields(c).c_str());
+                            c.isCapo() ? ("capo " + std::to_string(c.fret()) + " ").c_str() : "",
+                            name.c_str(), c.key3, c.vertical, c.flags & 0x8000 ? ", flagged" : "",
+                            hexFields(c).c_str());
             }
             const auto places = score::measureTexts(staff, m);
             const auto texts = score::texts(staff, m);
             for (size_t i = 0; i < places.size() && i < texts.size(); ++i)
-                std::printf("  measure text %d/%d/%zu: block %u at x %d, y %d: \"%s\"\n", staff, m, i,
-                            places[i].blockNumber, places[i].horizontal, places[i].vertical,
+                std::printf("  measure text %d/%d/%zu: block %u at x %d, y %d: \"%s\"\n", staff, m,
+                            i, places[i].blockNumber, places[i].horizontal, places[i].vertical,
                             ui::utf8(texts[i]).c_str());
         }
 }
@@ -185,7 +197,9 @@ std::string stem(const std::string& path) {
     return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
 }
 
-std::string rangeText(int first, int last) { return std::to_string(first) + "-" + std::to_string(last); }
+std::string rangeText(int first, int last) {
+    return std::to_string(first) + "-" + std::to_string(last);
+}
 
 // ---- The run ----------------------------------------------------------------
 
@@ -193,11 +207,13 @@ std::string rangeText(int first, int last) { return std::to_string(first) + "-" 
 std::unique_ptr<mx::LeadSheet> readScore(const std::string& path, const ApplyOptions& a) {
     std::string error;
     std::unique_ptr<mx::LeadSheet> sheet = mx::LeadSheet::read(path, &error);
-    if (!sheet) error = error.empty() ? "cannot read " + path : error;
-    else if (sheet->chordCount() == 0) error = path + " holds no chord symbols (<harmony>)";
+    if (!sheet)
+        error = error.empty() ? "cannot read " + path : error;
+    else if (sheet->chordCount() == 0)
+        error = path + " holds no chord symbols (<harmony>)";
     else if (a.firstMeasure && a.lastMeasure > sheet->measures())
-        error = "--measures " + rangeText(a.firstMeasure, a.lastMeasure) + ": the score has measures 1-" +
-                std::to_string(sheet->measures());
+        error = "--measures " + rangeText(a.firstMeasure, a.lastMeasure) +
+                ": the score has measures 1-" + std::to_string(sheet->measures());
     else if (a.firstStaff && a.lastStaff > sheet->staves())
         error = "--staves " + rangeText(a.firstStaff, a.lastStaff) + ": the score has staves 1-" +
                 std::to_string(sheet->staves());
@@ -209,9 +225,9 @@ std::unique_ptr<mx::LeadSheet> readScore(const std::string& path, const ApplyOpt
 }
 
 // The user chooses the menu item once, with the selection or with none.
-int16_t chooseCommand(driver::InvokeFn invoke, const ApplyOptions& a, const driver::Answers& answers,
-                      const mx::LeadSheet& sheet) {
-    const Sheet s{sheet};
+int16_t chooseCommand(driver::InvokeFn invoke, const ApplyOptions& a,
+                      const driver::Answers& answers, const mx::LeadSheet& sheet) {
+    const View s{sheet};
     const int16_t firstStaff = static_cast<int16_t>(a.firstStaff ? a.firstStaff : 1);
     const int16_t lastStaff = a.firstStaff ? static_cast<int16_t>(a.lastStaff) : s.staves();
     const int16_t firstMeasure = static_cast<int16_t>(a.firstMeasure ? a.firstMeasure : 1);
@@ -221,8 +237,11 @@ int16_t chooseCommand(driver::InvokeFn invoke, const ApplyOptions& a, const driv
     std::string shown, confirmed;
     driver::answerWith(answers, &shown, &confirmed);
     ui::setProgressObserver(drawProgress);
-    if (answers.wholeDocument) std::printf("Capo chords: nothing selected (the whole document, when asked)\n");
-    else std::printf("Capo chords: staves %d-%d, measures %d-%d\n", firstStaff, lastStaff, firstMeasure, lastMeasure);
+    if (answers.wholeDocument)
+        std::printf("Capo chords: nothing selected (the whole document, when asked)\n");
+    else
+        std::printf("Capo chords: staves %d-%d, measures %d-%d\n", firstStaff, lastStaff,
+                    firstMeasure, lastMeasure);
     std::fflush(stdout);
     const int16_t result = invoke(nullptr, 0, answers.wholeDocument ? nullptr : &selection, &whole);
     ui::setProgressObserver(nullptr);
@@ -230,29 +249,35 @@ int16_t chooseCommand(driver::InvokeFn invoke, const ApplyOptions& a, const driv
     return result;
 }
 
-// What the host holds against the plug-in, and alerts that stop the run. Empty: the run went through.
+// What the host holds against the plug-in, and alerts that stop the run. Empty: the run went
+// through.
 std::string hostComplaints(bool wholeDocument) {
     std::string error;
-    for (const ui::Error& e : ui::errors()) error += (error.empty() ? "" : "; ") + e.text;
-    for (const std::string& e : edits::errors()) error += (error.empty() ? "" : "; ") + e;
+    for (const ui::Error& e : ui::errors())
+        error += (error.empty() ? "" : "; ") + e.text;
+    for (const std::string& e : edits::errors())
+        error += (error.empty() ? "" : "; ") + e;
     if (!error.empty()) return "the host saw faults of the plug-in: " + error + "; nothing written";
     // A notice tells what happened (nothing to change, say); the question
     // comes when nothing is selected; anything else stops the run.
     for (const ui::Alert& alert : ui::alerts()) {
-        if (alert.kind == hostsim::alert::kNotice) std::printf("Notice: %s\n", alert.text.c_str());
+        if (alert.kind == hostsim::alert::kNotice)
+            std::printf("Notice: %s\n", alert.text.c_str());
         else if (alert.kind == hostsim::alert::kQuestion && wholeDocument)
             std::printf("Question: %s (OK)\n", alert.text.c_str());
-        else return "the plug-in said: " + alert.text + "; nothing written";
+        else
+            return "the plug-in said: " + alert.text + "; nothing written";
     }
     return "";
 }
 
-}  // namespace
+} // namespace
 
 bool parseApplyOption(int argc, char** argv, int* i, ApplyOptions* a, std::string* error) {
     const std::string arg = argv[*i];
-    const bool takesValue = arg == "--measures" || arg == "--staves" || arg == "-o" || arg == "--unit" ||
-                            arg == "--capo" || arg == "--distance" || arg == "--label";
+    const bool takesValue = arg == "--measures" || arg == "--staves" || arg == "-o" ||
+                            arg == "--unit" || arg == "--capo" || arg == "--distance" ||
+                            arg == "--label";
     if (takesValue && *i + 1 >= argc) {
         *error = arg + " needs a value";
         return false;
@@ -271,8 +296,10 @@ bool parseApplyOption(int argc, char** argv, int* i, ApplyOptions* a, std::strin
     } else if (!parseAnswer(arg, value, &a->answers, error)) {
         if (takesValue) --*i;
         if (arg.size() > 1 && arg[0] == '-') return false;
-        if (!a->score.empty()) *error = "one score at a time (" + a->score + ", " + arg + ")";
-        else a->score = arg;
+        if (!a->score.empty())
+            *error = "one score at a time (" + a->score + ", " + arg + ")";
+        else
+            a->score = arg;
     }
     return error->empty();
 }
@@ -289,7 +316,7 @@ int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
     // A capo already in the file is the fret the user starts from.
     if (answers.capo.empty() && sheet->fileCapo()) answers.capo = std::to_string(sheet->fileCapo());
 
-    const Sheet s{*sheet};
+    const View s{*sheet};
     std::printf("Score \"%s\" (%s): %d staves, %d measures, %zu chords\n", sheet->title().c_str(),
                 fileName(path).c_str(), sheet->staves(), sheet->measures(), sheet->chordCount());
     std::printf("Chords before:\n");
@@ -303,7 +330,8 @@ int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
     const std::string complaints = hostComplaints(answers.wholeDocument);
     if (!complaints.empty()) return fail(complaints);
     bool committed = false;
-    for (const edits::Edit& e : edits::all()) committed = committed || e.state == edits::State::Committed;
+    for (const edits::Edit& e : edits::all())
+        committed = committed || e.state == edits::State::Committed;
     std::printf("Result: %d (%s)\n", result, committed ? "edit committed" : "nothing changed");
     std::printf("Chords after:\n");
     printChords(s);
@@ -320,4 +348,4 @@ int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
     return 0;
 }
 
-}  // namespace zemlo
+} // namespace zemlo

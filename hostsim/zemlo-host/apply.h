@@ -10,11 +10,11 @@ namespace zemlo {
 
 struct ApplyOptions {
     hostsim::driver::Answers answers;
-    std::string score;   // empty: the bundled sample lead sheet
-    std::string output;  // empty: <score's name>.capo.musicxml here
-    int firstMeasure = 0, lastMeasure = 0;  // 0: all
+    std::string score;                     // empty: the bundled sample lead sheet
+    std::string output;                    // empty: <score's name>.capo.musicxml here
+    int firstMeasure = 0, lastMeasure = 0; // 0: all
     int firstStaff = 0, lastStaff = 0;
-    bool records = false;  // print every record before and after
+    bool records = false; // print every record before and after
 };
 
 // Reads the option at argv[*i] (moving *i past its value). False when it is
@@ -24,6 +24,6 @@ bool parseApplyOption(int argc, char** argv, int* i, ApplyOptions* a, std::strin
 // nothing is written unless the run went through. 0 on success.
 int applyCommand(hostsim::driver::InvokeFn invoke, const ApplyOptions& a);
 
-}  // namespace zemlo
+} // namespace zemlo
 
 #endif

@@ -24,15 +24,16 @@ using hostsim::ui::utf8;
 constexpr int kMaxItems = 64;
 
 int usage() {
-    std::fprintf(stderr,
-                 "usage: zemlo-host [--bundle PATH] [--lang CODE]\n"
-                 "       zemlo-host apply [SCORE.musicxml|.mxl] [--bundle PATH] [--lang CODE] [--capo N]\n"
-                 "                  [--distance X] [--unit evpus|inches|centimeters|points|picas|spaces]\n"
-                 "                  [--label TEXT | --no-label] [--chord-flag] [--remove]\n"
-                 "                  [--measures FIRST-LAST] [--staves FIRST-LAST] [--whole-document]\n"
-                 "                  [--records] [-o OUT.musicxml]\n"
-                 "       zemlo-host validate [--bundle PATH] [--seed N] [--level 1..10] [--only REGEX]\n"
-                 "                  [--json FILE] [--timeout SECONDS] [--list]\n");
+    std::fprintf(
+        stderr,
+        "usage: zemlo-host [--bundle PATH] [--lang CODE]\n"
+        "       zemlo-host apply [SCORE.musicxml|.mxl] [--bundle PATH] [--lang CODE] [--capo N]\n"
+        "                  [--distance X] [--unit evpus|inches|centimeters|points|picas|spaces]\n"
+        "                  [--label TEXT | --no-label] [--chord-flag] [--remove]\n"
+        "                  [--measures FIRST-LAST] [--staves FIRST-LAST] [--whole-document]\n"
+        "                  [--records] [-o OUT.musicxml]\n"
+        "       zemlo-host validate [--bundle PATH] [--seed N] [--level 1..10] [--only REGEX]\n"
+        "                  [--json FILE] [--timeout SECONDS] [--list]\n");
     return 2;
 }
 
@@ -69,7 +70,7 @@ void printStartUp(const driver::StartUp& s) {
     std::printf("Menu items: %zu\n", s.items.size());
 }
 
-}  // namespace
+} // namespace
 
 int main(int argc, char** argv) {
     if (argc > 1 && !std::strcmp(argv[1], "validate")) return validateCommand(argc, argv);
@@ -95,7 +96,8 @@ int main(int argc, char** argv) {
     }
     hostsim::Plugin plugin(bundle);
     if (!plugin.loaded()) {
-        std::fprintf(stderr, "zemlo-host: cannot load %s: %s\n", bundle.c_str(), plugin.error().c_str());
+        std::fprintf(stderr, "zemlo-host: cannot load %s: %s\n", bundle.c_str(),
+                     plugin.error().c_str());
         return 1;
     }
     driver::attach(plugin);
@@ -116,7 +118,8 @@ int main(int argc, char** argv) {
     terminate(nullptr);
     if (!apply) {
         std::printf("Terminated\n");
-        if (size_t alerts = hostsim::count(hostsim::Fx::FX_AlertMessage)) std::printf("Alerts shown: %zu\n", alerts);
+        if (size_t alerts = hostsim::count(hostsim::Fx::FX_AlertMessage))
+            std::printf("Alerts shown: %zu\n", alerts);
     }
     return s.bound && s.initialised == 1 && !s.items.empty() && ran == 0 ? 0 : 1;
 }

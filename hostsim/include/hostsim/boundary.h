@@ -14,9 +14,9 @@
 namespace hostsim {
 
 // Texts the host gives room for, in UTF-16 units with the terminator.
-constexpr size_t kMenuTextRoom = 128;    // each text of the menu item record
-constexpr size_t kUnitCaptionRoom = 64;  // the caption naming the distance's unit
-constexpr size_t kTextRoom = 256;        // alerts, labels, unit names
+constexpr size_t kMenuTextRoom = 128;   // each text of the menu item record
+constexpr size_t kUnitCaptionRoom = 64; // the caption naming the distance's unit
+constexpr size_t kTextRoom = 256;       // alerts, labels, unit names
 
 // The host's menu item record. The plug-in fills the first 772 bytes; the
 // host's record is longer, and the rest must come back as it went in.
@@ -28,7 +28,7 @@ struct MenuItemRecord {
     uint16_t word2;
     uint8_t hostOnly[252];
 };
-constexpr size_t kMenuItemFilled = 772;  // bytes the plug-in may write
+constexpr size_t kMenuItemFilled = 772; // bytes the plug-in may write
 static_assert(sizeof(MenuItemRecord) == 1024, "the host's record");
 static_assert(offsetof(MenuItemRecord, hostOnly) == kMenuItemFilled, "the host's part");
 
@@ -43,15 +43,15 @@ constexpr int16_t kChordFlag = 8;
 constexpr int16_t kShowLabel = 9;
 constexpr int16_t kLabel = 10;
 constexpr int16_t kRemove = 11;
-}  // namespace control
+} // namespace control
 
 // Kinds of alert (message-box styles) the plug-in shows.
 namespace alert {
-constexpr uint16_t kQuestion = 0x21;  // OK and Cancel
+constexpr uint16_t kQuestion = 0x21; // OK and Cancel
 constexpr uint16_t kWarning = 0x30;
 constexpr uint16_t kNotice = 0x40;
-}  // namespace alert
+} // namespace alert
 
-}  // namespace hostsim
+} // namespace hostsim
 
 #endif

@@ -48,8 +48,8 @@ struct MenuItem {
 };
 
 struct StartUp {
-    std::vector<std::string> missing;  // start-up entry points the bundle lacks
-    int bound = 0;                     // main's answer
+    std::vector<std::string> missing; // start-up entry points the bundle lacks
+    int bound = 0;                    // main's answer
     uint32_t version = 0;
     int16_t initialised = 0;
     int32_t initValue = 0;
@@ -65,7 +65,7 @@ StartUp start(const Plugin& plugin, int maxItems);
 // The user's answers to the settings dialog: texts typed into its fields as
 // given (empty: left as shown), boxes set or cleared, OK or Cancel.
 struct Answers {
-    std::string unit;  // the score's measurement unit by name; empty: none set (EVPU)
+    std::string unit; // the score's measurement unit by name; empty: none set (EVPU)
     std::string capo;
     std::string distance;
     std::string label;
@@ -73,8 +73,8 @@ struct Answers {
     bool noLabel = false;
     bool chordFlag = false;
     bool remove = false;
-    bool cancel = false;         // Cancel instead of OK
-    bool wholeDocument = false;  // nothing selected; the question answered OK
+    bool cancel = false;        // Cancel instead of OK
+    bool wholeDocument = false; // nothing selected; the question answered OK
 };
 
 // The dialog steps that give the answers; *shown and *confirmed receive the
@@ -88,7 +88,7 @@ bool isUnit(const std::string& name);
 // Sets the host's unit preference; an empty or unknown name sets none.
 void setUnitByName(const std::string& unit);
 
-}  // namespace driver
-}  // namespace hostsim
+} // namespace driver
+} // namespace hostsim
 
 #endif
