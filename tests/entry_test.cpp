@@ -2,6 +2,7 @@
 // host drives it: main, version, init, enumeration, status, termination.
 #include "bundles.h"
 #include "fresh.h"
+#include "hostsim/boundary.h"
 #include "hostsim/host.h"
 #include "hostsim/plugin.h"
 #include "zemlopdk.h"
@@ -28,8 +29,9 @@ using StatusFn = int16_t (*)(int16_t);
 using ExtStatusFn = int32_t (*)(int32_t);
 using TerminateFn = void (*)(void*);
 
-// The host's menu item record: longer than the 772 bytes the plug-in fills.
-constexpr size_t kRecord = 1024;
+// The host's menu item record: longer than the bytes the plug-in fills.
+constexpr size_t kRecord = sizeof(hostsim::MenuItemRecord);
+constexpr size_t kLast = hostsim::kMenuTextRoom - 1;  // each text's last unit
 constexpr uint8_t kFill = 0xAB;
 
 struct Record {
@@ -37,12 +39,12 @@ struct Record {
     Record() { std::memset(bytes, kFill, sizeof bytes); }
     uint16_t unit(size_t field, size_t i) const {
         uint16_t u;
-        std::memcpy(&u, bytes + field * 256 + i * 2, 2);
+        std::memcpy(&u, bytes + field * hostsim::kMenuTextRoom * 2 + i * 2, 2);
         return u;
     }
     std::u16string text(size_t field) const {
         std::u16string s;
-        for (size_t i = 0; i < 128 && unit(field, i); ++i) s.push_back(unit(field, i));
+        for (size_t i = 0; i < hostsim::kMenuTextRoom && unit(field, i); ++i) s.push_back(unit(field, i));
         return s;
     }
     bool operator==(const Record& o) const { return std::memcmp(bytes, o.bytes, sizeof bytes) == 0; }
@@ -51,12 +53,12 @@ struct Record {
 // A field holds its text, a zero unit, the host's units untouched up to the
 // last of its room, and a zero there.
 void expectField(const Record& r, size_t field, const std::u16string& text) {
-    SCOPED_TRACE("field at byte " + std::to_string(field * 256));
-    size_t n = std::min<size_t>(text.size(), 127);
+    SCOPED_TRACE("text " + std::to_string(field));
+    size_t n = std::min<size_t>(text.size(), kLast);
     EXPECT_EQ(r.text(field), text.substr(0, n));
     EXPECT_EQ(r.unit(field, n), 0);
-    for (size_t i = n + 1; i < 127; ++i) ASSERT_EQ(r.unit(field, i), 0xABAB) << "unit " << i;
-    EXPECT_EQ(r.unit(field, 127), 0);
+    for (size_t i = n + 1; i < kLast; ++i) ASSERT_EQ(r.unit(field, i), 0xABAB) << "unit " << i;
+    EXPECT_EQ(r.unit(field, kLast), 0);
 }
 
 void expectFilled(const Record& r, const std::u16string& item, const std::u16string& second,
@@ -64,7 +66,7 @@ void expectFilled(const Record& r, const std::u16string& item, const std::u16str
     expectField(r, 0, item);
     expectField(r, 1, second);
     expectField(r, 2, undo);
-    for (size_t i = 768; i < kRecord; ++i) ASSERT_EQ(r.bytes[i], i < 772 ? 0 : kFill) << i;
+    for (size_t i = 3 * hostsim::kMenuTextRoom * 2; i < kRecord; ++i) ASSERT_EQ(r.bytes[i], i < hostsim::kMenuItemFilled ? 0 : kFill) << i;
 }
 
 class Entry : public FreshHost {
@@ -144,8 +146,8 @@ TEST_F(Entry, LongMenuTextIsCutAndTheNextFieldStaysIntact) {
     load(entry("20000", longText) + entry("20001", "Second") + entry("20002", "Undo Capo"));
     Record r;
     EXPECT_EQ(fn<EnumerateFn>("ZemloExtensionEnumerate_UTF16")(nullptr, 0, r.bytes), 1);
-    EXPECT_EQ(r.text(0), std::u16string(127, u'C'));
-    EXPECT_EQ(r.unit(0, 127), 0);
+    EXPECT_EQ(r.text(0), std::u16string(kLast, u'C'));
+    EXPECT_EQ(r.unit(0, kLast), 0);
     expectField(r, 1, u"Second");
 }
 

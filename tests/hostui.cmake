@@ -6,3 +6,4 @@ capochords_test(hostui_test
   hostui_items_test.cpp
   hostui_description_test.cpp
   hostui_alert_progress_test.cpp)
+target_include_directories(hostui_test PRIVATE ${PROJECT_SOURCE_DIR}/platform/src)

@@ -1,5 +1,7 @@
 #include "hostui_support.h"
 
+#include "hostsim/driver.h"
+
 #include "binding.h"
 
 namespace hostui {
@@ -106,6 +108,7 @@ void HostUi::SetUp() {
     hostsim::reset();
     gInitialized = false;
     hostsim::ui::setDialogFolder(std::string(CAPOCHORDS_BUNDLE) + "/Contents/Resources");
+    hostsim::driver::useStringTable(CAPOCHORDS_BUNDLE);
 }
 
 std::vector<hostsim::ui::ErrorKind> HostUi::errorKinds() {

@@ -2,6 +2,9 @@
 // the plug-in asks for, in the room it asks with, in a form the command can use.
 #include "cfobject.h"
 
+#include "hostsim/boundary.h"
+#include "hostsim/ui.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -17,11 +20,25 @@ namespace fs = std::filesystem;
 
 const std::set<std::string> kRequired = {"en", "de", "fr", "es", "it", "nl"};
 
-// Rooms in UTF-16 units, terminator included, as the plug-in asks for them.
-short roomOf(int number) {
-    if (number <= 20002) return 128;
-    if (number == 20012) return 64;
-    return 256;
+// Rooms in UTF-16 units, terminator included, as the host hands them out.
+size_t roomOf(int number) {
+    if (number <= 20002) return hostsim::kMenuTextRoom;
+    if (number == 20012) return hostsim::kUnitCaptionRoom;
+    return hostsim::kTextRoom;
+}
+
+// The string numbers the settings dialog's description takes its words from.
+std::set<int32_t> dialogNumbers() {
+    std::ifstream in(std::string(CAPOCHORDS_SOURCE_DIR) + "/resources/dialog20009.dlg", std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    hostsim::ui::DialogLayout layout;
+    std::string why;
+    EXPECT_TRUE(hostsim::ui::parseDialog(text.str(), &layout, &why)) << why;
+    std::set<int32_t> numbers = {layout.title.stringNumber};
+    for (const auto& c : layout.controls)
+        if (c.caption.stringNumber) numbers.insert(c.caption.stringNumber);
+    return numbers;
 }
 
 std::u16string at(const cfimpl::StringsTable& t, int number) {
@@ -55,10 +72,11 @@ TEST(Tables, EveryLocalizationHoldsEveryNumber) {
         for (int n = 20000; n <= 20013; ++n) {
             std::u16string text = at(t, n);
             EXPECT_FALSE(text.empty()) << n << " missing";
-            EXPECT_LT(text.size(), static_cast<size_t>(roomOf(n))) << n << " does not fit its room";
+            EXPECT_LT(text.size(), roomOf(n)) << n << " does not fit its room";
             // The 8-bit interface delivers these too.
             for (char16_t c : text) EXPECT_GE(cfimpl::macRomanByteFor(c), 0) << n << " has U+" << std::hex << int(c);
         }
+        for (int32_t n : dialogNumbers()) EXPECT_FALSE(at(t, n).empty()) << n << " (a dialog caption) missing";
         // The caption format takes exactly one unit name and nothing else.
         std::u16string caption = at(t, 20012);
         EXPECT_EQ(count(caption, u"%S"), 1u) << "20012";

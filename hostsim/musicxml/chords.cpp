@@ -1,28 +1,13 @@
-// Chord fields in the record bytes, spelling and chord names.
-#include "leadsheet.h"
+// Spelling and chord names.
+#include "chords.h"
 
-#include <cstddef>
-#include <cstring>
+#include "mapping.h"
 
 namespace hostsim {
 namespace musicxml {
 namespace {
 
 using score::ChordRecord;
-
-// The copied bytes as the record lays them out.
-static_assert(offsetof(ChordRecord, host4) == 4 && sizeof(ChordRecord::host4) == 4, "bytes 4-7");
-static_assert(offsetof(ChordRecord, host10) == 10 && sizeof(ChordRecord::host10) == 6, "bytes 10-15");
-static_assert(offsetof(ChordRecord, key3) == 20, "onset key");
-static_assert(offsetof(ChordRecord, host24) == 24 && sizeof(ChordRecord::host24) == 6, "bytes 24-29");
-static_assert(kRootStepByte >= 4 && kBassAlterByte <= 7 && kKindByte >= 10 && kKindByte <= 15 &&
-                  kHarmonyByte >= 24 && kHarmonyByte + 4 <= 30,
-              "chord fields lie in bytes a capo chord copies");
-
-uint8_t* at(ChordRecord& c, size_t offset) { return reinterpret_cast<uint8_t*>(&c) + offset; }
-const uint8_t* at(const ChordRecord& c, size_t offset) {
-    return reinterpret_cast<const uint8_t*>(&c) + offset;
-}
 
 struct Kind {
     const char* value;
@@ -58,28 +43,6 @@ int kindIndex(const std::string& value) {
 }
 
 const char* kindValue(int index) { return kKinds[index >= 0 && index < kKindCount ? index : kOther].value; }
-
-ChordFields fieldsOf(const ChordRecord& c) {
-    ChordFields f;
-    f.rootStep = *at(c, kRootStepByte);
-    f.rootAlter = static_cast<int8_t>(*at(c, kRootAlterByte));
-    f.bassStep = *at(c, kBassStepByte) - 1;
-    f.bassAlter = static_cast<int8_t>(*at(c, kBassAlterByte));
-    f.kind = *at(c, kKindByte);
-    f.onset = c.key3;
-    std::memcpy(&f.harmony, at(c, kHarmonyByte), sizeof f.harmony);
-    return f;
-}
-
-void setFields(ChordRecord& c, const ChordFields& f) {
-    *at(c, kRootStepByte) = static_cast<uint8_t>(f.rootStep);
-    *at(c, kRootAlterByte) = static_cast<uint8_t>(static_cast<int8_t>(f.rootAlter));
-    *at(c, kBassStepByte) = static_cast<uint8_t>(f.bassStep + 1);
-    *at(c, kBassAlterByte) = static_cast<uint8_t>(static_cast<int8_t>(f.bassAlter));
-    *at(c, kKindByte) = static_cast<uint8_t>(f.kind);
-    c.key3 = f.onset;
-    std::memcpy(at(c, kHarmonyByte), &f.harmony, sizeof f.harmony);
-}
 
 int pitchClass(Pitch p) { return ((kNatural[p.step % 7] + p.alter) % 12 + 12) % 12; }
 

@@ -18,6 +18,9 @@
 namespace hostsim {
 namespace score {
 
+// The host's record layouts, written from the host's side only, never from
+// the plug-in's headers: a plug-in that reads or writes a field at the wrong
+// offset must meet a host that disagrees, not one that shares its mistake.
 #pragma pack(push, 2)
 // The host's chord symbol record (30 bytes).
 struct ChordRecord {

@@ -209,7 +209,7 @@ HOSTSIM_API const std::deque<DialogRun>& dialogs();
 struct Alert {
     bool utf16 = false;  // FX_AlertMessage_UTF16
     void* parent = nullptr;
-    uint16_t kind = 0;   // message-box style: 0x21 OK/Cancel, 0x30, 0x40
+    uint16_t kind = 0;   // message-box style (hostsim::alert in boundary.h)
     int32_t third = 0;
     std::string text;    // UTF-8 (the 8-bit call's Mac Roman converted)
     int16_t answer = 0;

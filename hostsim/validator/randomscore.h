@@ -6,7 +6,7 @@
 #define CAPOCHORDS_VALIDATE_RANDOMSCORE_H
 
 #include "check.h"
-#include "run.h"
+#include "hostsim/driver.h"
 
 #include "hostsim/document.h"
 #include "hostsim/score.h"

@@ -94,23 +94,23 @@ ui::Step middleStep(Context& cx, const std::map<std::string, Distance>& typed, i
     case 4:
         return ui::message(anyMessage(cx), anyParameter(cx), anyParameter(cx));
     case 5:
-        return ui::type(4, kFrets[cx.between(0, 9)]);
+        return ui::type(control::kFret, kFrets[cx.between(0, 9)]);
     case 6: {
         auto it = typed.begin();
         std::advance(it, cx.between(0, static_cast<int>(typed.size()) - 1));
-        return ui::type(6, it->first);
+        return ui::type(control::kDistance, it->first);
     }
     case 7: {
         const auto all = labels();
-        return ui::type(10,
+        return ui::type(control::kLabel,
                         all[static_cast<size_t>(cx.between(0, static_cast<int>(all.size()) - 1))]);
     }
     case 8:
         return ui::click(static_cast<int16_t>(8 + cx.between(0, 1)));
     case 9:
-        return ui::click(11);
+        return ui::click(control::kRemove);
     case 10:
-        return ui::setValue(4, cx.between(-2, 70));
+        return ui::setValue(control::kFret, cx.between(-2, 70));
     case 11:
         return ui::press(static_cast<int16_t>(cx.between(1, 2)));
     default:
@@ -134,69 +134,34 @@ std::u16string asRead(const std::u16string& text) {
     return text.substr(0, n);
 }
 
-void fuzzRun(Context& cx) {
-    Session s(cx);
-    if (!s.start()) return;
-    addLabelFont();
-    score::Score sc(2, 3);
-    score::ChordRecord a, b;
-    a.key3 = 0;
-    a.vertical = 10;
-    b.key3 = 480;
-    b.vertical = -7;
-    b.flags = 0x8000;
-    sc.chord(1, 1, a).chord(1, 1, b).chord(2, 2, a).chord(1, 3, b);
-    const score::Region region = sc.whole();
-
-    const bool noUserData = cx.between(0, 7) == 0;
-    if (noUserData)
-        hostsim::setHandler(hostsim::Fx::FX_Dialog, [](hostsim::Call& c) {
-            c.args[4] = 0;
-            return ui::serve(c);
-        });
-    const UnitTexts& unit = kUnitTexts[cx.between(0, 5)];
-    zemlo::setUnitByName(unit.name);
-    const std::map<std::string, Distance> typed = distances(unit);
-    std::string shownDistance = unit.shows64; // what the next dialog shows
-    int reinits = 0;
+// The seeded script: steps in the middle, an ending, messages after the end.
+std::vector<ui::Step> fuzzScript(Context& cx, const std::map<std::string, Distance>& typed, int* reinits) {
     std::vector<ui::Step> steps;
     const int length = cx.between(0, 40);
     for (int i = 0; i < length; ++i)
-        steps.push_back(middleStep(cx, typed, &reinits));
+        steps.push_back(middleStep(cx, typed, reinits));
     switch (cx.between(0, 3)) {
     case 0:
-        steps.push_back(ui::press(1));
-        steps.push_back(ui::press(1));
+        steps.push_back(ui::press(control::kOk));
+        steps.push_back(ui::press(control::kOk));
         break; // OK twice
     case 1:
-        steps.push_back(ui::press(2));
-        steps.push_back(ui::press(1));
+        steps.push_back(ui::press(control::kCancel));
+        steps.push_back(ui::press(control::kOk));
         break; // Cancel, then OK
     case 2:
-        steps.push_back(ui::click(1));
+        steps.push_back(ui::click(control::kOk));
         break;
     default:
         break; // the close box
     }
     for (int i = cx.between(0, 4); i > 0; --i)
         steps.push_back(lateStep(cx));
-    ui::scriptDialog(steps);
+    return steps;
+}
 
-    const doc::Document before = doc::snapshot();
-    const int16_t result = s.invoke(&region, region);
-    const doc::Document after = doc::snapshot();
-
-    if (!cx.expect(ui::dialogs().size() == 1,
-                   std::to_string(ui::dialogs().size()) + " dialogs shown"))
-        return;
-    const ui::DialogRun& r = ui::dialogs()[0];
-    cx.count("dialog messages", static_cast<long>(r.sent.size()));
-    if (noUserData) {
-        cx.expect(r.userData == nullptr, "the dialog ran with user data");
-        cx.count("dialogs without user data");
-    }
-
-    // The answer the handler defines for each message, and whether OK ended it.
+// Every message answered as the handler defines; true when OK ended the dialog.
+bool expectAnswers(Context& cx, const ui::DialogRun& r) {
     bool initialised = false, confirmed = false, ended = false;
     for (size_t i = 0; i < r.sent.size(); ++i) {
         const ui::Sent& m = r.sent[i];
@@ -222,6 +187,89 @@ void fuzzRun(Context& cx) {
                   "message " + std::to_string(i + 1) + " (" + std::to_string(m.message) + ", " +
                       std::to_string(m.wParam) + ") answered " + std::to_string(m.answer));
     }
+    return confirmed;
+}
+
+// The settings as the controls held them at OK: the handler changes nothing after it.
+Confirmed confirmedSettings(Context& cx, const ui::DialogRun& r, const std::map<std::string, Distance>& typed,
+                            std::string* shownDistance) {
+    Confirmed c;
+    auto value = [&](int16_t n) { return r.control(n) ? r.control(n)->value : 0; };
+    c.fret = static_cast<int16_t>(value(control::kFret));
+    auto d = typed.find(r.text8(control::kDistance));
+    if (cx.expect(d != typed.end(), "the distance field reads \"" + r.text8(control::kDistance) + "\", which was never typed")) {
+        c.distance = d->second.evpu;
+        *shownDistance = d->second.shows;
+    }
+    c.showLabel = value(control::kShowLabel) != 0;
+    c.label = r.control(control::kLabel) ? asRead(r.control(control::kLabel)->text) : u"";
+    c.chordFlag = value(control::kChordFlag) != 0;
+    c.remove = value(control::kRemove) != 0;
+    return c;
+}
+
+// The next dialog, with the host's own user data again, opens with the
+// settings remembered, the removal box off.
+void expectNextDialog(Context& cx, Session& s, const score::Region& region, const Confirmed& remembered,
+                      const std::string& shownDistance) {
+    hostsim::setHandler(hostsim::Fx::FX_Dialog, nullptr);
+    ui::DialogRun next;
+    ui::scriptDialog({ui::peek([&next](const ui::DialogRun& d) { next = d; }), ui::click(control::kCancel)});
+    cx.expect(s.invoke(&region, region) == 0, "the cancelled next dialog ran the command");
+    auto shows = [&](int16_t n) { return next.control(n) ? next.control(n)->value : -1; };
+    cx.expect(shows(control::kFret) == remembered.fret && next.text8(control::kDistance) == shownDistance &&
+                  shows(control::kShowLabel) == (remembered.showLabel ? 1 : 0) &&
+                  shows(control::kChordFlag) == (remembered.chordFlag ? 1 : 0) && shows(control::kRemove) == 0 &&
+                  next.control(control::kLabel) && next.control(control::kLabel)->text == remembered.label,
+              "the next dialog shows fret " + std::to_string(shows(control::kFret)) + ", distance \"" +
+                  next.text8(control::kDistance) + "\", label box " + std::to_string(shows(control::kShowLabel)) + " \"" +
+                  next.text8(control::kLabel) + "\", chord flag " + std::to_string(shows(control::kChordFlag)) + ", removal " +
+                  std::to_string(shows(control::kRemove)) + ", not fret " + std::to_string(remembered.fret) +
+                  ", distance \"" + shownDistance + "\", label \"" + shown(remembered.label) +
+                  "\"");
+}
+
+void fuzzRun(Context& cx) {
+    Session s(cx);
+    if (!s.start()) return;
+    addLabelFont();
+    score::Score sc(2, 3);
+    score::ChordRecord a, b;
+    a.key3 = 0;
+    a.vertical = 10;
+    b.key3 = 480;
+    b.vertical = -7;
+    b.flags = 0x8000;
+    sc.chord(1, 1, a).chord(1, 1, b).chord(2, 2, a).chord(1, 3, b);
+    const score::Region region = sc.whole();
+
+    const bool noUserData = cx.between(0, 7) == 0;
+    if (noUserData)
+        hostsim::setHandler(hostsim::Fx::FX_Dialog, [](hostsim::Call& c) {
+            c.args[4] = 0;
+            return ui::serve(c);
+        });
+    const UnitTexts& unit = kUnitTexts[cx.between(0, 5)];
+    hostsim::driver::setUnitByName(unit.name);
+    const std::map<std::string, Distance> typed = distances(unit);
+    std::string shownDistance = unit.shows64; // what the next dialog shows
+    int reinits = 0;
+    ui::scriptDialog(fuzzScript(cx, typed, &reinits));
+
+    const doc::Document before = doc::snapshot();
+    const int16_t result = s.invoke(&region, region);
+    const doc::Document after = doc::snapshot();
+
+    if (!cx.expect(ui::dialogs().size() == 1,
+                   std::to_string(ui::dialogs().size()) + " dialogs shown"))
+        return;
+    const ui::DialogRun& r = ui::dialogs()[0];
+    cx.count("dialog messages", static_cast<long>(r.sent.size()));
+    if (noUserData) {
+        cx.expect(r.userData == nullptr, "the dialog ran with user data");
+        cx.count("dialogs without user data");
+    }
+    const bool confirmed = expectAnswers(cx, r);
     cx.expect(noUserData || r.ending == ui::Ending::Handler, "the handler did not end the dialog");
 
     Confirmed remembered; // what the next dialog opens with: the defaults until a run is confirmed
@@ -231,44 +279,14 @@ void fuzzRun(Context& cx) {
                   "a dialog not confirmed changed " + doc::difference(before, after));
         cx.expect(edits::all().empty(), "a dialog not confirmed opened an edit");
     } else {
-        // The settings as the controls held them at OK: the handler changes nothing after it.
-        Confirmed c;
-        auto value = [&](int16_t n) { return r.control(n) ? r.control(n)->value : 0; };
-        c.fret = static_cast<int16_t>(value(4));
-        auto d = typed.find(r.text8(6));
-        if (cx.expect(d != typed.end(),
-                      "the distance field reads \"" + r.text8(6) + "\", which was never typed")) {
-            c.distance = d->second.evpu;
-            shownDistance = d->second.shows;
-        }
-        c.showLabel = value(9) != 0;
-        c.label = r.control(10) ? asRead(r.control(10)->text) : u"";
-        c.chordFlag = value(8) != 0;
-        c.remove = value(11) != 0;
+        const Confirmed c = confirmedSettings(cx, r, typed, &shownDistance);
         expectFreshRun(cx, before, after, c, region, result, "after OK");
         cx.count("confirmed dialogs");
         remembered = c;
         if (remembered.label.empty())
             remembered.label = u"Capo 1"; // a cleared label comes back as the default
     }
-
-    // The next dialog, with the host's own user data again, opens with the
-    // settings remembered, the removal box off.
-    hostsim::setHandler(hostsim::Fx::FX_Dialog, nullptr);
-    ui::DialogRun next;
-    ui::scriptDialog({ui::peek([&next](const ui::DialogRun& d) { next = d; }), ui::click(2)});
-    cx.expect(s.invoke(&region, region) == 0, "the cancelled next dialog ran the command");
-    auto shows = [&](int16_t n) { return next.control(n) ? next.control(n)->value : -1; };
-    cx.expect(shows(4) == remembered.fret && next.text8(6) == shownDistance &&
-                  shows(9) == (remembered.showLabel ? 1 : 0) &&
-                  shows(8) == (remembered.chordFlag ? 1 : 0) && shows(11) == 0 &&
-                  next.control(10) && next.control(10)->text == remembered.label,
-              "the next dialog shows fret " + std::to_string(shows(4)) + ", distance \"" +
-                  next.text8(6) + "\", label box " + std::to_string(shows(9)) + " \"" +
-                  next.text8(10) + "\", chord flag " + std::to_string(shows(8)) + ", removal " +
-                  std::to_string(shows(11)) + ", not fret " + std::to_string(remembered.fret) +
-                  ", distance \"" + shownDistance + "\", label \"" + shown(remembered.label) +
-                  "\"");
+    expectNextDialog(cx, s, region, remembered, shownDistance);
     // A second initialisation with the removal box checked finds the fret
     // field disabled when it sets the focus there: the initialisation is that
     // of a dialog just opened, with the box off.

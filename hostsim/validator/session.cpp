@@ -35,40 +35,54 @@ Session::Session(Context& cx, bool freshCopy) : cx_(cx) {
         cx.fail("cannot load " + cx.plan().bundle + ": " + plugin_->error());
         return;
     }
-    ui::setDialogFolder(plugin_->bundlePath() + "/Contents/Resources");
-    hostsim::setResult(hostsim::Fx::FX_IsMachO, 1);
+    hostsim::driver::attach(*plugin_);
 }
+
+namespace {
+
+// The start-up's buffers in guarded memory, checked after each call.
+class GuardedStart : public hostsim::driver::StartMemory {
+  public:
+    explicit GuardedStart(Context& cx) : cx_(cx) {}
+    int32_t* initValue() override {
+        value_ = std::make_unique<Guarded>(sizeof(int32_t), 0xA5);
+        return value_->as<int32_t>();
+    }
+    void afterInit() override {
+        cx_.expect(value_->damage().empty(), "init wrote outside its value: " + value_->damage());
+    }
+    MenuItemRecord* menuRecord() override {
+        record_ = std::make_unique<Guarded>(sizeof(MenuItemRecord), 0x5A);
+        return record_->as<MenuItemRecord>();
+    }
+    void afterEnumerate(int) override {
+        cx_.expect(record_->damage().empty(), "enumeration wrote outside the record: " + record_->damage());
+        bool hostPartKept = true;
+        for (uint8_t b : record_->as<MenuItemRecord>()->hostOnly) hostPartKept = hostPartKept && b == 0x5A;
+        cx_.expect(hostPartKept, "enumeration wrote into the host's part of the menu item record");
+    }
+
+  private:
+    Context& cx_;
+    std::unique_ptr<Guarded> value_, record_;
+};
+
+}  // namespace
 
 bool Session::start() {
     if (!loaded()) return false;
-    auto pluginMain = entry<int (*)(int, char**)>("main");
-    auto version = entry<uint32_t (*)(uint32_t)>("ZemloExtensionVersion");
-    auto init = entry<int16_t (*)(void*, int32_t*)>("ZemloExtensionInit");
-    auto enumerate = entry<EnumerateFn>("ZemloExtensionEnumerate_UTF16");
-    auto status = entry<int16_t (*)(int16_t)>("ZemloExtensionGetMenuStatus");
-    if (!pluginMain || !version || !init || !enumerate || !status) return false;
-    char name[] = "zemlo-host";
-    char* args[] = {name, nullptr};
-    const int bound = pluginMain(1, args);
-    version(0);
-    Guarded value(sizeof(int32_t), 0xA5);
-    const int16_t initialised = init(nullptr, value.as<int32_t>());
-    cx_.expect(value.damage().empty(), "init wrote outside its value: " + value.damage());
-    Guarded record(sizeof(MenuItemRecord), 0x5A);
-    const int16_t offered = enumerate(nullptr, 0, record.as<MenuItemRecord>());
-    cx_.expect(record.damage().empty(), "enumeration wrote outside the record: " + record.damage());
-    const MenuItemRecord* r = record.as<MenuItemRecord>();
-    bool hostPartKept = true;
-    for (uint8_t b : r->hostOnly) hostPartKept = hostPartKept && b == 0x5A;
-    cx_.expect(hostPartKept, "enumeration wrote into the host's part of the menu item record");
-    status(0);
-    return cx_.expect(bound == 1, "main did not bind the plug-in") &&
-           cx_.expect(initialised == 1, "init answered " + std::to_string(initialised)) &&
-           cx_.expect(offered == 1, "no menu item at index 0");
+    GuardedStart memory(cx_);
+    // Only the item a check chooses: item 0.
+    const hostsim::driver::StartUp s = hostsim::driver::start(*plugin_, 1, memory);
+    for (const std::string& name : s.missing) cx_.fail("the bundle does not export " + name);
+    if (!s.missing.empty()) return false;
+    return cx_.expect(s.bound == 1, "main did not bind the plug-in") &&
+           cx_.expect(s.initialised == 1, "init answered " + std::to_string(s.initialised)) &&
+           cx_.expect(!s.items.empty(), "no menu item at index 0");
 }
 
 int16_t Session::invoke(const score::Region* selection, const score::Region& whole, int16_t item) {
-    auto invokeFn = entry<zemlo::InvokeFn>("ZemloExtensionInvoke");
+    auto invokeFn = entry<hostsim::driver::InvokeFn>("ZemloExtensionInvoke");
     if (!invokeFn) return 0;
     Guarded selected(sizeof(score::Region)), all(sizeof(score::Region));
     if (selection) std::memcpy(selected.data(), selection, sizeof *selection);
@@ -81,12 +95,10 @@ int16_t Session::invoke(const score::Region* selection, const score::Region& who
     return result;
 }
 
-int16_t Session::run(const zemlo::RunOptions& answers, const score::Region* selection,
+int16_t Session::run(const hostsim::driver::Answers& answers, const score::Region* selection,
                      const score::Region& whole) {
-    zemlo::setUnitByName(answers.unit);
-    if (answers.wholeDocument) ui::scriptAlerts({1});
     std::string shown, confirmed;
-    ui::scriptDialog(zemlo::dialogScript(answers, &shown, &confirmed));
+    hostsim::driver::answerWith(answers, &shown, &confirmed);
     return invoke(answers.wholeDocument ? nullptr : selection, whole);
 }
 

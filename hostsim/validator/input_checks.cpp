@@ -40,7 +40,7 @@ std::vector<Input> inputs(const Unit& u) {
                         const std::string& shows) {
         Input in;
         in.name = name;
-        in.steps = {ui::type(6, text)};
+        in.steps = {ui::type(control::kDistance, text)};
         in.confirmed.distance = evpu;
         in.shownDistance = shows;
         in.shownFret = "1";
@@ -66,7 +66,7 @@ std::vector<Input> inputs(const Unit& u) {
                      const std::u16string& kept) {
         Input in;
         in.name = name;
-        in.steps = {ui::type(6, "1.5"), ui::type(10, ui::utf8(typed))};
+        in.steps = {ui::type(control::kDistance, "1.5"), ui::type(control::kLabel, ui::utf8(typed))};
         in.confirmed.distance = u.oneAndHalf;
         in.confirmed.label = kept;
         out.push_back(in);
@@ -81,9 +81,9 @@ std::vector<Input> inputs(const Unit& u) {
     {
         Input in;
         in.name = "label-rewritten-long";
-        in.steps = {ui::type(6, "1.5"),
-                    ui::type(10, std::string(70, 'p') + "3" + std::string(70, 'q')),
-                    ui::type(4, "12")};
+        in.steps = {ui::type(control::kDistance, "1.5"),
+                    ui::type(control::kLabel, std::string(70, 'p') + "3" + std::string(70, 'q')),
+                    ui::type(control::kFret, "12")};
         in.confirmed.distance = u.oneAndHalf;
         in.confirmed.fret = 12;
         in.confirmed.label = std::u16string(63, u'p') + u"12" + std::u16string(63, u'q');
@@ -94,7 +94,7 @@ std::vector<Input> inputs(const Unit& u) {
                     const std::u16string& lbl, const std::string& shows) {
         Input in;
         in.name = name;
-        in.steps = {ui::type(6, "1.5"), ui::type(4, typed)};
+        in.steps = {ui::type(control::kDistance, "1.5"), ui::type(control::kFret, typed)};
         in.confirmed.distance = u.oneAndHalf;
         in.confirmed.fret = confirmed;
         in.confirmed.label = lbl;
@@ -129,9 +129,9 @@ void runInput(Context& cx, const Unit& u, const Input& in) {
     sc.chord(1, 1, a).chord(1, 1, b).chord(2, 2, c);
     const score::Region region = sc.whole();
 
-    zemlo::setUnitByName(u.name);
+    hostsim::driver::setUnitByName(u.name);
     std::vector<ui::Step> steps = in.steps;
-    steps.push_back(ui::click(1));
+    steps.push_back(ui::click(control::kOk));
     ui::scriptDialog(steps);
     const doc::Document before = doc::snapshot();
     const int16_t result = s.invoke(&region, region);
@@ -141,11 +141,11 @@ void runInput(Context& cx, const Unit& u, const Input& in) {
     std::string fretShown, distanceShown;
     std::u16string labelShown;
     ui::scriptDialog({ui::peek([&](const ui::DialogRun& r) {
-                          fretShown = r.text8(4);
-                          distanceShown = r.text8(6);
-                          if (const ui::Control* ctl = r.control(10)) labelShown = ctl->text;
+                          fretShown = r.text8(control::kFret);
+                          distanceShown = r.text8(control::kDistance);
+                          if (const ui::Control* ctl = r.control(control::kLabel)) labelShown = ctl->text;
                       }),
-                      ui::click(2)});
+                      ui::click(control::kCancel)});
     s.invoke(&region, region);
     if (!in.shownDistance.empty())
         cx.expect(distanceShown == in.shownDistance, "the next dialog shows the distance \"" +

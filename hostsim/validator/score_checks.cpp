@@ -58,7 +58,7 @@ RunOutcome runOnce(Session& s, const RandomScore& sc, const RunSettings& setting
         static_cast<long>(hostsim::count(Fx::FX_MassEditProgress) - progressCalls);
     o.displays = ui::progress().size() - displays;
     for (size_t i = alerts; i < ui::alerts().size(); ++i)
-        o.notices += ui::alerts()[i].kind == 0x40 ? 1 : 0;
+        o.notices += ui::alerts()[i].kind == hostsim::alert::kNotice ? 1 : 0;
     o.edits = edits::all().size() - opened;
     if (o.edits) o.editState = edits::all().back().state;
     return o;

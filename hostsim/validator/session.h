@@ -7,7 +7,7 @@
 #define CAPOCHORDS_VALIDATE_SESSION_H
 
 #include "check.h"
-#include "run.h"
+#include "hostsim/driver.h"
 
 #include "hostsim/document.h"
 #include "hostsim/plugin.h"
@@ -23,6 +23,7 @@
 
 namespace validate {
 
+namespace control = hostsim::control;
 namespace doc = hostsim::doc;
 namespace score = hostsim::score;
 
@@ -44,7 +45,7 @@ class Guarded {
     size_t size_;
 };
 
-using zemlo::MenuItemRecord;
+using hostsim::MenuItemRecord;
 
 class Session {
   public:
@@ -62,7 +63,7 @@ class Session {
     // selected. Both regions are handed over in guarded memory.
     int16_t invoke(const score::Region* selection, const score::Region& whole, int16_t item = 0);
     // The same with the settings dialog answered as `answers` say.
-    int16_t run(const zemlo::RunOptions& answers, const score::Region* selection,
+    int16_t run(const hostsim::driver::Answers& answers, const score::Region* selection,
                 const score::Region& whole);
     void terminate();
 

@@ -13,6 +13,7 @@
 namespace validate {
 namespace {
 
+namespace control = hostsim::control;
 namespace score = hostsim::score;
 namespace ui = hostsim::ui;
 
@@ -92,11 +93,8 @@ std::u16string utf16(const std::string& s) {
     return out;
 }
 
-RandomScore randomScore(std::mt19937_64& r) {
-    RandomScore s;
-    s.slots = pick(r, 1, 6);
-    s.measures = pick(r, 1, 12);
-
+// Now and then slots shuffled over the staves.
+void randomSlots(std::mt19937_64& r, RandomScore& s) {
     if (chance(r, 40)) {
         std::vector<int16_t> staves;
         for (int i = 1; i <= s.slots; ++i)
@@ -108,7 +106,9 @@ RandomScore randomScore(std::mt19937_64& r) {
         s.slotToStaff.push_back(0); // slot 0 is no slot
         s.slotToStaff.insert(s.slotToStaff.end(), staves.begin(), staves.end());
     }
+}
 
+void randomChords(std::mt19937_64& r, RandomScore& s) {
     // Busy scores now and then, so that the 16 new capo chords of a
     // staff-measure are reached.
     const int busy = chance(r, 15) ? 20 : 6;
@@ -135,7 +135,10 @@ RandomScore randomScore(std::mt19937_64& r) {
             if (!cs.empty()) s.chords[{staff, m}] = std::move(cs);
         }
     }
+}
 
+// Measure records with marked host bytes and chord flags mostly right.
+void randomMeasureRecords(std::mt19937_64& r, RandomScore& s) {
     s.measureRecords.resize(static_cast<size_t>(s.measures));
     for (int m = 1; m <= s.measures; ++m) {
         score::MeasureRecord& rec = s.measureRecords[static_cast<size_t>(m - 1)];
@@ -150,7 +153,9 @@ RandomScore randomScore(std::mt19937_64& r) {
         // The flag lies in one measure of ten: set over no chords, clear over some.
         if (hasChords != chance(r, 10)) rec.chordFlags |= score::kMeasureChordFlag;
     }
+}
 
+void randomSettings(std::mt19937_64& r, RandomScore& s) {
     s.settings.fret = chance(r, 10) ? (chance(r, 50) ? 1 : 63) : pick(r, 1, 63);
     s.settings.distance = chance(r, 10) ? pick(r, 0, 32767) : pick(r, 0, 300);
     s.settings.showLabel = chance(r, 70);
@@ -160,7 +165,9 @@ RandomScore randomScore(std::mt19937_64& r) {
     // label search reads.
     if (chance(r, 5)) s.settings.label = "Capo 2 " + std::string(248, 'y');
     s.settings.chordFlag = chance(r, 50);
+}
 
+void randomTexts(std::mt19937_64& r, RandomScore& s) {
     // Texts: blocks where a label of this run or of an earlier one would be,
     // and others anywhere.
     const int texts = pick(r, 0, 4);
@@ -182,7 +189,9 @@ RandomScore randomScore(std::mt19937_64& r) {
     }
     s.timesNewRoman = chance(r, 50);
     s.fontDefinition = chance(r, 30);
+}
 
+void randomRegion(std::mt19937_64& r, RandomScore& s) {
     const int firstSlot = pick(r, 1, s.slots), lastSlot = pick(r, firstSlot, s.slots);
     const int firstMeasure = pick(r, 1, s.measures),
               lastMeasure = pick(r, firstMeasure, s.measures);
@@ -193,6 +202,18 @@ RandomScore randomScore(std::mt19937_64& r) {
     s.region.firstPosition = pick(r, 0, 2048);
     s.region.lastPosition = pick(r, 0, 2048);
     s.wholeDocument = chance(r, 15);
+}
+
+RandomScore randomScore(std::mt19937_64& r) {
+    RandomScore s;
+    s.slots = pick(r, 1, 6);
+    s.measures = pick(r, 1, 12);
+    randomSlots(r, s);
+    randomChords(r, s);
+    randomMeasureRecords(r, s);
+    randomSettings(r, s);
+    randomTexts(r, s);
+    randomRegion(r, s);
     return s;
 }
 
@@ -256,14 +277,14 @@ std::set<int16_t> RandomScore::staves() const {
 
 std::vector<ui::Step> RandomScore::dialog(const RunSettings& s) const {
     // The fret first: changing it rewrites the digits of the label.
-    std::vector<ui::Step> steps{ui::type(4, std::to_string(s.fret)),
-                                ui::type(6, std::to_string(s.distance)),
-                                ui::setValue(9, 1),
-                                ui::type(10, s.label),
-                                ui::setValue(9, s.showLabel ? 1 : 0),
-                                ui::setValue(8, s.chordFlag ? 1 : 0),
-                                ui::setValue(11, s.remove ? 1 : 0),
-                                ui::click(1)};
+    std::vector<ui::Step> steps{ui::type(control::kFret, std::to_string(s.fret)),
+                                ui::type(control::kDistance, std::to_string(s.distance)),
+                                ui::setValue(control::kShowLabel, 1),
+                                ui::type(control::kLabel, s.label),
+                                ui::setValue(control::kShowLabel, s.showLabel ? 1 : 0),
+                                ui::setValue(control::kChordFlag, s.chordFlag ? 1 : 0),
+                                ui::setValue(control::kRemove, s.remove ? 1 : 0),
+                                ui::click(control::kOk)};
     return steps;
 }
 

@@ -1,6 +1,7 @@
 // Expected outcomes of runs, checked on document snapshots.
 #include "outcome.h"
 
+#include "hostsim/boundary.h"
 #include "hostsim/edits.h"
 #include "hostsim/ui.h"
 
@@ -121,48 +122,11 @@ std::string shown(const std::u16string& text) {
     return s.size() > 120 ? s.substr(0, 120) + "..." : s;
 }
 
-void expectFreshRun(Context& cx, const doc::Document& before, const doc::Document& after,
-                    const Confirmed& s, const score::Region& region, int16_t result,
-                    const std::string& where) {
-    const bool writes = s.fret >= 1 && s.fret <= 63 && !s.remove;
-    auto inside = [&](int16_t staff, int16_t measure) {
-        return staff >= region.firstSlot && staff <= region.lastSlot &&
-               measure >= region.firstMeasure && measure <= region.lastMeasure;
-    };
-    // The staff-measures the walk reads: inside the region, in a measure whose chord flag is set.
-    std::set<std::pair<int16_t, int16_t>> walked;
-    for (const auto& [key, bytes] : before.records) {
-        const auto& [tag, id] = key;
-        if (tag != doc::kChord || !inside(id.first, id.second)) continue;
-        auto m = recordIn<score::MeasureRecord>(before, doc::kMeasure, {id.second, 0, 0});
-        if (m && (m->chordFlags & score::kMeasureChordFlag)) walked.insert({id.first, id.second});
-    }
-    const bool changes = writes && !walked.empty();
-    cx.expect(result == (changes ? 1 : 0), where + ": the run answered " + std::to_string(result) +
-                                               ", not " + std::to_string(changes ? 1 : 0));
-    int notices = 0;
-    for (const ui::Alert& a : ui::alerts())
-        notices += a.kind == 0x40;
-    cx.expect(notices == (changes ? 0 : 1),
-              where + ": " + std::to_string(notices) + " notices that nothing changed");
-    const auto& all = edits::all();
-    if (cx.expect(all.size() == 1,
-                  where + ": " + std::to_string(all.size()) + " edits opened, not 1"))
-        cx.expect(all[0].state == (changes ? edits::State::Committed : edits::State::Cancelled),
-                  where +
-                      (changes ? ": the edit was not committed" : ": the edit was not cancelled"));
-    if (!changes) {
-        cx.expect(before == after,
-                  where + ": a run that changed no chord left " + doc::difference(before, after));
-        return;
-    }
+namespace {
 
-    std::set<int16_t> staves;
-    for (int s2 = region.firstSlot; s2 <= region.lastSlot; ++s2)
-        staves.insert(static_cast<int16_t>(s2));
-    expectOrdinaryKept(cx, before, after, where);
-    expectOutsideUnchanged(cx, before, after, region, staves, where);
-
+// Each walked staff-measure: its chords, then a capo chord of each of the first 16.
+void expectCapoChords(Context& cx, const doc::Document& before, const doc::Document& after, const Confirmed& s,
+                      const std::set<std::pair<int16_t, int16_t>>& walked, const std::string& where) {
     for (const auto& [staff, measure] : walked) {
         std::vector<score::ChordRecord> want = chordsIn(before, staff, measure);
         const size_t n = want.size();
@@ -179,8 +143,12 @@ void expectFreshRun(Context& cx, const doc::Document& before, const doc::Documen
                             std::to_string(s.fret) + " and distance " + std::to_string(s.distance));
     }
 
+}
+
+// The first measure of every staff walked: its text blocks kept, and the label behind them.
+void expectLabels(Context& cx, const doc::Document& before, const doc::Document& after, const Confirmed& s,
+                  int16_t first, const std::set<int16_t>& staves, const std::string& where) {
     const bool labels = s.showLabel && !s.label.empty();
-    const int16_t first = region.firstMeasure;
     for (int16_t staff : staves) {
         const std::vector<Block> was = blocksIn(before, staff, first),
                                  is = blocksIn(after, staff, first);
@@ -210,6 +178,53 @@ void expectFreshRun(Context& cx, const doc::Document& before, const doc::Documen
         else
             cx.expect(!m, at + ": a measure record was made up for a measure that had none");
     }
+}
+
+}  // namespace
+
+void expectFreshRun(Context& cx, const doc::Document& before, const doc::Document& after,
+                    const Confirmed& s, const score::Region& region, int16_t result,
+                    const std::string& where) {
+    const bool writes = s.fret >= 1 && s.fret <= 63 && !s.remove;
+    auto inside = [&](int16_t staff, int16_t measure) {
+        return staff >= region.firstSlot && staff <= region.lastSlot &&
+               measure >= region.firstMeasure && measure <= region.lastMeasure;
+    };
+    // The staff-measures the walk reads: inside the region, in a measure whose chord flag is set.
+    std::set<std::pair<int16_t, int16_t>> walked;
+    for (const auto& [key, bytes] : before.records) {
+        const auto& [tag, id] = key;
+        if (tag != doc::kChord || !inside(id.first, id.second)) continue;
+        auto m = recordIn<score::MeasureRecord>(before, doc::kMeasure, {id.second, 0, 0});
+        if (m && (m->chordFlags & score::kMeasureChordFlag)) walked.insert({id.first, id.second});
+    }
+    const bool changes = writes && !walked.empty();
+    cx.expect(result == (changes ? 1 : 0), where + ": the run answered " + std::to_string(result) +
+                                               ", not " + std::to_string(changes ? 1 : 0));
+    int notices = 0;
+    for (const ui::Alert& a : ui::alerts())
+        notices += a.kind == hostsim::alert::kNotice;
+    cx.expect(notices == (changes ? 0 : 1),
+              where + ": " + std::to_string(notices) + " notices that nothing changed");
+    const auto& all = edits::all();
+    if (cx.expect(all.size() == 1,
+                  where + ": " + std::to_string(all.size()) + " edits opened, not 1"))
+        cx.expect(all[0].state == (changes ? edits::State::Committed : edits::State::Cancelled),
+                  where +
+                      (changes ? ": the edit was not committed" : ": the edit was not cancelled"));
+    if (!changes) {
+        cx.expect(before == after,
+                  where + ": a run that changed no chord left " + doc::difference(before, after));
+        return;
+    }
+
+    std::set<int16_t> staves;
+    for (int s2 = region.firstSlot; s2 <= region.lastSlot; ++s2)
+        staves.insert(static_cast<int16_t>(s2));
+    expectOrdinaryKept(cx, before, after, where);
+    expectOutsideUnchanged(cx, before, after, region, staves, where);
+    expectCapoChords(cx, before, after, s, walked, where);
+    expectLabels(cx, before, after, s, region.firstMeasure, staves, where);
 }
 
 } // namespace validate

@@ -60,7 +60,7 @@ void enumerate(Context& cx) {
             const MenuItemRecord* m = record.as<MenuItemRecord>();
             bool hostKept = true, untouched = true;
             for (uint8_t b : m->hostOnly) hostKept = hostKept && b == 0x5A;
-            for (size_t i = 0; i < 772; ++i) untouched = untouched && record.data()[i] == 0x5A;
+            for (size_t i = 0; i < hostsim::kMenuItemFilled; ++i) untouched = untouched && record.data()[i] == 0x5A;
             cx.expect(hostKept, what + " wrote into the host's part of the record");
             if (c.offered) cx.expect(m->itemText[0] != 0 && m->itemText[0] != 0x5A5A, what + " gave no item text");
             else cx.expect(untouched, what + " wrote into the record of an item it does not have");
@@ -104,10 +104,10 @@ void invokeItems(Context& cx) {
         sc.chord(1, 1, chord).chord(2, 3, chord);
         const doc::Document before = doc::snapshot();
         const score::Region whole = sc.whole();
-        zemlo::RunOptions cancel;
+        hostsim::driver::Answers cancel;
         cancel.cancel = true;
         std::string shown, confirmed;
-        ui::scriptDialog(zemlo::dialogScript(cancel, &shown, &confirmed));
+        ui::scriptDialog(hostsim::driver::dialogScript(cancel, &shown, &confirmed));
         Guarded region(sizeof whole), all(sizeof whole);
         std::memcpy(region.data(), &whole, sizeof whole);
         std::memcpy(all.data(), &whole, sizeof whole);
@@ -158,7 +158,7 @@ void runOnce(Context& cx) {
         return n;
     };
 
-    zemlo::RunOptions confirmed;
+    hostsim::driver::Answers confirmed;
     confirmed.capo = "2";
     confirmed.setLabel = true;
     confirmed.label = "Capo 2";
@@ -170,7 +170,7 @@ void runOnce(Context& cx) {
     expectOrdinaryKept(cx, start, added, "the confirmed run");
     expectOutsideUnchanged(cx, start, added, region, staves, "the confirmed run");
 
-    zemlo::RunOptions removal;
+    hostsim::driver::Answers removal;
     removal.capo = "2";
     removal.remove = true;
     cx.expect(s.run(removal, &region, sc.whole()) == 1, "the removal did not answer 1");

@@ -158,7 +158,7 @@ void processState(Context& cx) {
         ui::scriptProgress({c.cancelAt});
         if (sc.wholeDocument) ui::scriptAlerts({1});
         std::vector<ui::Step> steps = sc.dialog(settings);
-        if (c.cancelDialog) steps.back() = ui::click(2);
+        if (c.cancelDialog) steps.back() = ui::click(control::kCancel);
         ui::scriptDialog(steps);
         const score::Region region = sc.region, whole = sc.whole();
         s.invoke(sc.wholeDocument ? nullptr : &region, whole);

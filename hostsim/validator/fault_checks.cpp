@@ -66,8 +66,8 @@ void buildReferenceScore() {
 const score::Region kSelection = score::region(1, 2, 3, 5);
 const score::Region kWhole = score::region(1, 1, 4, 6);
 
-zemlo::RunOptions labelled(const std::string& capo, const std::string& distance) {
-    zemlo::RunOptions o;
+hostsim::driver::Answers labelled(const std::string& capo, const std::string& distance) {
+    hostsim::driver::Answers o;
     o.capo = capo;
     o.distance = distance;
     o.label = "Capo " + capo;
@@ -80,34 +80,34 @@ zemlo::RunOptions labelled(const std::string& capo, const std::string& distance)
 struct Scenario {
     const char* name;
     bool priorRun;             // an unfaulted first run before the one under test
-    zemlo::RunOptions answers; // the run under test
+    hostsim::driver::Answers answers; // the run under test
     int16_t result;            // what it answers when no call fails
 };
 
 std::vector<Scenario> scenarios() {
     std::vector<Scenario> out;
-    zemlo::RunOptions first = labelled("3", "12");
+    hostsim::driver::Answers first = labelled("3", "12");
     first.unit = "points"; // 48 EVPU; the unit preference is read
     first.chordFlag = true;
     out.push_back({"first-run", false, first, 1});
-    zemlo::RunOptions again = labelled("5", "96");
+    hostsim::driver::Answers again = labelled("5", "96");
     out.push_back({"re-run", true, again, 1});
-    zemlo::RunOptions removal;
+    hostsim::driver::Answers removal;
     removal.remove = true;
     out.push_back({"removal", true, removal, 1});
     // Nothing selected, the question answered OK; a removal that finds the
     // label-like block but no capo chord, so the notice shows and the edit is
     // cancelled.
-    zemlo::RunOptions whole;
+    hostsim::driver::Answers whole;
     whole.remove = true;
     whole.wholeDocument = true;
     out.push_back({"nothing-selected", false, whole, 0});
     return out;
 }
 
-const zemlo::RunOptions& priorAnswers() {
-    static const zemlo::RunOptions o = [] {
-        zemlo::RunOptions p = labelled("3", "64");
+const hostsim::driver::Answers& priorAnswers() {
+    static const hostsim::driver::Answers o = [] {
+        hostsim::driver::Answers p = labelled("3", "64");
         p.chordFlag = true;
         return p;
     }();
@@ -139,7 +139,7 @@ bool runScenario(Context& cx, Session& s, const Scenario& sc, RunTrace& t,
                        "the first run before the one under test answered " + std::to_string(r)))
             return false;
     }
-    zemlo::setUnitByName(sc.answers.unit); // the user's preference, before the run
+    hostsim::driver::setUnitByName(sc.answers.unit); // the user's preference, before the run
     t.before = doc::snapshot();
     t.firstEdit = edits::all().size();
     t.firstProgress = ui::progress().size();
@@ -263,15 +263,66 @@ void judgeRun(Context& cx, Session& s, const RunTrace& t, const score::Region& r
 // found in a child so that the plug-in never runs in the runner.
 using CallCounts = std::map<std::string, std::map<Fx, size_t>>;
 
-CallCounts discover(const Plan& plan) {
+// In the child: each scenario's calls counted, one "scenario function count" line each.
+std::string countCalls(const Plan& plan, int quiet) {
+    Context cx(plan, plan.seed, quiet);
+    std::string report;
+    for (const Scenario& sc : scenarios()) {
+        Session s(cx);
+        RunTrace t;
+        if (!runScenario(cx, s, sc, t, [] {})) continue;
+        std::map<Fx, size_t> n;
+        for (const auto& c : t.calls)
+            ++n[c.fx];
+        for (const auto& [fx, k] : n)
+            report += std::string(sc.name) + " " + hostsim::info(fx).name + " " + std::to_string(k) + "\n";
+    }
+    return report;
+}
+
+// What the child writes until it ends or the deadline passes; false on the deadline.
+bool readUntil(int fd, std::chrono::steady_clock::time_point deadline, std::string* text) {
+    char buf[4096];
+    for (;;) {
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now())
+                .count();
+        if (left <= 0) return false;
+        pollfd p{fd, POLLIN, 0};
+        const int r = poll(&p, 1, static_cast<int>(left));
+        if (r <= 0) continue;
+        const ssize_t n = read(fd, buf, sizeof buf);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return true;
+        text->append(buf, static_cast<size_t>(n));
+    }
+}
+
+CallCounts parseCounts(const std::string& text) {
     CallCounts out;
+    size_t at = 0;
+    while (at < text.size()) {
+        size_t end = text.find('\n', at);
+        if (end == std::string::npos) end = text.size();
+        char name[64], fxName[64];
+        size_t k = 0;
+        if (std::sscanf(text.substr(at, end - at).c_str(), "%63s %63s %zu", name, fxName, &k) == 3) {
+            Fx fx;
+            if (hostsim::fxByName(fxName, &fx)) out[name][fx] = k;
+        }
+        at = end + 1;
+    }
+    return out;
+}
+
+CallCounts discover(const Plan& plan) {
     int fds[2];
-    if (pipe(fds) != 0) return out;
+    if (pipe(fds) != 0) return {};
     const pid_t pid = fork();
     if (pid < 0) {
         close(fds[0]);
         close(fds[1]);
-        return out;
+        return {};
     }
     if (pid == 0) {
         close(fds[0]);
@@ -280,19 +331,7 @@ CallCounts discover(const Plan& plan) {
             dup2(quiet, STDOUT_FILENO);
             dup2(quiet, STDERR_FILENO);
         }
-        Context cx(plan, plan.seed, quiet);
-        std::string report;
-        for (const Scenario& sc : scenarios()) {
-            Session s(cx);
-            RunTrace t;
-            if (!runScenario(cx, s, sc, t, [] {})) continue;
-            std::map<Fx, size_t> n;
-            for (const auto& c : t.calls)
-                ++n[c.fx];
-            for (const auto& [fx, k] : n)
-                report += std::string(sc.name) + " " + hostsim::info(fx).name + " " +
-                          std::to_string(k) + "\n";
-        }
+        const std::string report = countCalls(plan, quiet);
         size_t at = 0;
         while (at < report.size()) {
             const ssize_t w = write(fds[1], report.data() + at, report.size() - at);
@@ -305,46 +344,15 @@ CallCounts discover(const Plan& plan) {
     // A plug-in that hangs here gets no fault checks listed; its reference
     // checks then hang under the runner's watchdog and say so.
     const int limit = plan.timeoutSeconds > 0 ? plan.timeoutSeconds : 60;
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(limit);
     std::string text;
-    char buf[4096];
-    bool timedOut = false;
-    for (;;) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-                              deadline - std::chrono::steady_clock::now())
-                              .count();
-        if (left <= 0) {
-            timedOut = true;
-            break;
-        }
-        pollfd p{fds[0], POLLIN, 0};
-        const int r = poll(&p, 1, static_cast<int>(left));
-        if (r <= 0) continue;
-        const ssize_t n = read(fds[0], buf, sizeof buf);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) break;
-        text.append(buf, static_cast<size_t>(n));
-    }
+    const bool ended = readUntil(fds[0], std::chrono::steady_clock::now() + std::chrono::seconds(limit), &text);
     close(fds[0]);
-    if (timedOut) kill(pid, SIGKILL);
+    if (!ended) kill(pid, SIGKILL);
     int status = 0;
     while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return {};
-    size_t at = 0;
-    while (at < text.size()) {
-        size_t end = text.find('\n', at);
-        if (end == std::string::npos) end = text.size();
-        char name[64], fxName[64];
-        size_t k = 0;
-        if (std::sscanf(text.substr(at, end - at).c_str(), "%63s %63s %zu", name, fxName, &k) ==
-            3) {
-            Fx fx;
-            if (hostsim::fxByName(fxName, &fx)) out[name][fx] = k;
-        }
-        at = end + 1;
-    }
-    return out;
+    return parseCounts(text);
 }
 
 // The calls of a function with n calls that get a check: first, middle and
@@ -455,14 +463,14 @@ bool cancelRun(Context& cx, const Layout& l, bool removal, int cancelAt, RunTrac
     if (!s.start()) return false;
     buildLayout(l);
     const score::Region sel = l.selection(), all = l.whole();
-    zemlo::RunOptions first = labelled("2", "64");
+    hostsim::driver::Answers first = labelled("2", "64");
     if (removal) {
         const int16_t r = s.run(first, &sel, all);
         s.checkHost("the first run before the removal");
         if (!cx.expect(r == 1 || l.chords.empty(), "the first run before the removal answered 0"))
             return false;
     }
-    zemlo::RunOptions answers = first;
+    hostsim::driver::Answers answers = first;
     answers.remove = removal;
     t.before = doc::snapshot();
     t.firstEdit = edits::all().size();

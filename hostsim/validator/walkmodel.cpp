@@ -52,6 +52,86 @@ ChordMap chordsOf(const doc::Document& d) {
     return out;
 }
 
+namespace {
+
+bool chordFlagged(const doc::Document& before, int m) {
+    auto measureRecord = before.records.find({doc::kMeasure, doc::RecordId{static_cast<int16_t>(m), 0, 0}});
+    if (measureRecord == before.records.end() || measureRecord->second.size() < sizeof(score::MeasureRecord))
+        return false;
+    score::MeasureRecord rec;
+    std::memcpy(&rec, measureRecord->second.data(), sizeof rec);
+    return (rec.chordFlags & score::kMeasureChordFlag) != 0;
+}
+
+// One sibling search reads every record of the staff-measure and one past them.
+bool search(WalkPrediction& p, const std::vector<score::ChordRecord>& list, const score::ChordRecord& c,
+            score::ChordRecord* last) {
+    p.cost.chordLoads += static_cast<long>(list.size()) + 1;
+    bool found = false;
+    for (const score::ChordRecord& other : list)
+        if (siblings(c, other)) {
+            if (last) *last = other;
+            found = true;
+        }
+    return found;
+}
+
+// The walk of one flagged staff-measure: capo chords updated or removed,
+// ordinary ones without a capo chord collected, then appended unless a
+// capo chord was met anywhere in the walk so far.
+void walkStaffMeasure(WalkPrediction& p, const WalkInput& in, std::vector<score::ChordRecord>& list,
+                      bool* metCapo) {
+    std::vector<score::ChordRecord> collected;
+    size_t appendAt = 0;
+    for (size_t index = 0;; ++index) {
+        ++p.cost.chordLoads;
+        if (index >= list.size()) break;
+        if (collected.size() == kNewCapoLimit) {
+            ++p.fullLists;
+            break;
+        }
+        if (!in.remove && in.showLabel && in.labelText) p.labelWritten = true;
+        score::ChordRecord c = list[index];
+        if (c.isCapo()) {
+            *metCapo = true;
+            ++p.capoChordsMet;
+            if (in.remove) {
+                ++p.cost.chordDeletes;
+                ++p.changed;
+                list.erase(list.begin() + static_cast<long>(index));
+                --index;
+            } else {
+                c = asCapo(c, in.fret, in.chordFlag);
+                score::ChordRecord sibling;
+                c.vertical = search(p, list, c, &sibling) ? static_cast<int16_t>(sibling.vertical + in.offset)
+                                                          : in.offset;
+                list[index] = c;
+                ++p.cost.chordSaves;
+                ++p.changed;
+            }
+        } else if (!in.remove) {
+            const bool hasCapo = search(p, list, c, nullptr);
+            appendAt = list.size();
+            if (!hasCapo) {
+                c.vertical = static_cast<int16_t>(c.vertical + in.offset);
+                collected.push_back(c);
+            }
+        }
+    }
+    if (*metCapo) return;
+    for (const score::ChordRecord& c : collected) {
+        // Appending needs the first free index; the store refuses any later one.
+        if (appendAt == list.size()) {
+            list.push_back(asCapo(c, in.fret, in.chordFlag));
+            ++p.changed;
+        }
+        ++p.cost.chordSaves;
+        ++appendAt;
+    }
+}
+
+}  // namespace
+
 WalkPrediction predictWalk(const doc::Document& before, const WalkInput& in) {
     WalkPrediction p;
     p.chords = chordsOf(before);
@@ -62,15 +142,7 @@ WalkPrediction predictWalk(const doc::Document& before, const WalkInput& in) {
                                    (static_cast<int64_t>(r.lastMeasure) - r.firstMeasure + 1));
     bool metCapo = false;
     for (int m = r.firstMeasure; m <= r.lastMeasure && !p.cancelled; ++m) {
-        auto measureRecord =
-            before.records.find({doc::kMeasure, doc::RecordId{static_cast<int16_t>(m), 0, 0}});
-        bool flagged = false;
-        if (measureRecord != before.records.end() &&
-            measureRecord->second.size() >= sizeof(score::MeasureRecord)) {
-            score::MeasureRecord rec;
-            std::memcpy(&rec, measureRecord->second.data(), sizeof rec);
-            flagged = (rec.chordFlags & score::kMeasureChordFlag) != 0;
-        }
+        const bool flagged = chordFlagged(before, m);
         for (int s = r.firstSlot; s <= r.lastSlot; ++s) {
             const int16_t staff = in.staffOf(s);
             ++p.cost.progressCalls;
@@ -78,67 +150,7 @@ WalkPrediction predictWalk(const doc::Document& before, const WalkInput& in) {
                 p.cancelled = true;
                 break;
             }
-            if (!flagged) continue;
-            std::vector<score::ChordRecord>& list = p.chords[{staff, static_cast<int16_t>(m)}];
-            std::vector<score::ChordRecord> collected;
-            size_t appendAt = 0;
-            // One sibling search reads every record of the staff-measure and one past them.
-            auto search = [&](const score::ChordRecord& c, score::ChordRecord* last) {
-                p.cost.chordLoads += static_cast<long>(list.size()) + 1;
-                bool found = false;
-                for (const score::ChordRecord& other : list)
-                    if (siblings(c, other)) {
-                        if (last) *last = other;
-                        found = true;
-                    }
-                return found;
-            };
-            for (size_t index = 0;; ++index) {
-                ++p.cost.chordLoads;
-                if (index >= list.size()) break;
-                if (collected.size() == kNewCapoLimit) {
-                    ++p.fullLists;
-                    break;
-                }
-                if (!in.remove && in.showLabel && in.labelText) p.labelWritten = true;
-                score::ChordRecord c = list[index];
-                if (c.isCapo()) {
-                    metCapo = true;
-                    ++p.capoChordsMet;
-                    if (in.remove) {
-                        ++p.cost.chordDeletes;
-                        ++p.changed;
-                        list.erase(list.begin() + static_cast<long>(index));
-                        --index;
-                    } else {
-                        c = asCapo(c, in.fret, in.chordFlag);
-                        score::ChordRecord sibling;
-                        c.vertical = search(c, &sibling)
-                                         ? static_cast<int16_t>(sibling.vertical + in.offset)
-                                         : in.offset;
-                        list[index] = c;
-                        ++p.cost.chordSaves;
-                        ++p.changed;
-                    }
-                } else if (!in.remove) {
-                    const bool hasCapo = search(c, nullptr);
-                    appendAt = list.size();
-                    if (!hasCapo) {
-                        c.vertical = static_cast<int16_t>(c.vertical + in.offset);
-                        collected.push_back(c);
-                    }
-                }
-            }
-            if (metCapo) continue;
-            for (const score::ChordRecord& c : collected) {
-                // Appending needs the first free index; the store refuses any later one.
-                if (appendAt == list.size()) {
-                    list.push_back(asCapo(c, in.fret, in.chordFlag));
-                    ++p.changed;
-                }
-                ++p.cost.chordSaves;
-                ++appendAt;
-            }
+            if (flagged) walkStaffMeasure(p, in, p.chords[{staff, static_cast<int16_t>(m)}], &metCapo);
         }
     }
     // An emptied staff-measure is no staff-measure of the document.

@@ -23,7 +23,7 @@ namespace ui = hostsim::ui;
 // copy them.
 // A run that must change chords: it answers 1, leaves the host nothing to
 // hold against the plug-in and keeps every ordinary chord. The document after it.
-doc::Document changingRun(Context& cx, Session& s, const score::Region& region, const zemlo::RunOptions& o,
+doc::Document changingRun(Context& cx, Session& s, const score::Region& region, const hostsim::driver::Answers& o,
                           const doc::Document& original, const std::string& where) {
     const int16_t result = s.run(o, &region, region);
     s.checkHost(where);
@@ -35,8 +35,8 @@ doc::Document changingRun(Context& cx, Session& s, const score::Region& region, 
 
 score::ChordRecord symbol(int32_t key3, int16_t vertical) { return markedChord(key3, vertical, key3); }
 
-zemlo::RunOptions writing(const std::string& capo = "", const std::string& distance = "") {
-    zemlo::RunOptions o;
+hostsim::driver::Answers writing(const std::string& capo = "", const std::string& distance = "") {
+    hostsim::driver::Answers o;
     o.capo = capo;
     o.distance = distance;
     return o;
@@ -55,8 +55,8 @@ void expectRestored(Context& cx, const doc::Document& original, const doc::Docum
     cx.expect(a == b, where + ": the score was not restored: " + doc::difference(a, b));
 }
 
-zemlo::RunOptions removal() {
-    zemlo::RunOptions o;
+hostsim::driver::Answers removal() {
+    hostsim::driver::Answers o;
     o.remove = true;
     return o;
 }
@@ -65,7 +65,7 @@ zemlo::RunOptions removal() {
 doc::Document freshRun(Context& cx, Session& s, const score::Region& region, const Confirmed& c,
                        const std::string& where) {
     const doc::Document before = doc::snapshot();
-    zemlo::RunOptions o = writing(c.fret == 1 ? "" : std::to_string(c.fret),
+    hostsim::driver::Answers o = writing(c.fret == 1 ? "" : std::to_string(c.fret),
                                   c.distance == 64 ? "" : std::to_string(c.distance));
     o.noLabel = !c.showLabel;
     const int16_t result = s.run(o, &region, region);
@@ -236,7 +236,7 @@ void manyChordsRun(Context& cx, int n) {
     freshRun(cx, s, region, c, "first run");
 
     const doc::Document before = doc::snapshot();
-    zemlo::RunOptions again = writing("5", "20");
+    hostsim::driver::Answers again = writing("5", "20");
     again.noLabel = true;
     const int16_t result = s.run(again, &region, region);
     s.checkHost("second run");

@@ -1,0 +1,167 @@
+// MusicXML onto the host's records and back: chord fields in the record's
+// bytes, tenths as EVPU, label texts, and a read sheet built as records.
+#include "mapping.h"
+
+#include "sheet.h"
+
+#include "hostsim/document.h"
+#include "hostsim/ui.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+namespace hostsim {
+namespace musicxml {
+namespace {
+
+using score::ChordRecord;
+
+// The copied bytes as the record lays them out.
+static_assert(offsetof(ChordRecord, host4) == 4 && sizeof(ChordRecord::host4) == 4, "bytes 4-7");
+static_assert(offsetof(ChordRecord, host10) == 10 && sizeof(ChordRecord::host10) == 6,
+              "bytes 10-15");
+static_assert(offsetof(ChordRecord, key3) == 20, "onset key");
+static_assert(offsetof(ChordRecord, host24) == 24 && sizeof(ChordRecord::host24) == 6,
+              "bytes 24-29");
+static_assert(kRootStepByte >= 4 && kBassAlterByte <= 7 && kKindByte >= 10 && kKindByte <= 15 &&
+                  kHarmonyByte >= 24 && kHarmonyByte + 4 <= 30,
+              "chord fields lie in bytes a capo chord copies");
+
+uint8_t* at(ChordRecord& c, size_t offset) {
+    return reinterpret_cast<uint8_t*>(&c) + offset;
+}
+const uint8_t* at(const ChordRecord& c, size_t offset) {
+    return reinterpret_cast<const uint8_t*>(&c) + offset;
+}
+
+// The ordinary chords of a staff-measure in onset order, each numbered
+// among the chords at its onset.
+void buildChords(score::Score& s, int16_t staff, int16_t measure,
+                 std::vector<const Harmony*> here) {
+    std::stable_sort(here.begin(), here.end(), [](const Harmony* a, const Harmony* b) {
+        return a->fields.onset < b->fields.onset;
+    });
+    int16_t ordinal = 0;
+    for (size_t i = 0; i < here.size(); ++i) {
+        ordinal = i > 0 && here[i - 1]->fields.onset == here[i]->fields.onset ? ordinal + 1 : 0;
+        ChordRecord r;
+        r.key1 = ordinal;
+        r.vertical = here[i]->vertical;
+        setFields(r, here[i]->fields);
+        s.chord(staff, measure, r);
+    }
+}
+
+// Capo chords read back, after the ordinary ones, each with its source's ordinal.
+void buildCapoChords(score::Score& s, const Part& p, int16_t staff, int16_t measure) {
+    for (const CapoChord& capo : p.capoChords) {
+        if (capo.measure != measure) continue;
+        ChordRecord r = capo.record;
+        for (const ChordRecord& c : score::chords(staff, measure))
+            if (!c.isCapo() && fieldsOf(c).harmony == fieldsOf(r).harmony) r.key1 = c.key1;
+        s.chord(staff, measure, r);
+    }
+}
+
+} // namespace
+
+ChordFields fieldsOf(const ChordRecord& c) {
+    ChordFields f;
+    f.rootStep = *at(c, kRootStepByte);
+    f.rootAlter = static_cast<int8_t>(*at(c, kRootAlterByte));
+    f.bassStep = *at(c, kBassStepByte) - 1;
+    f.bassAlter = static_cast<int8_t>(*at(c, kBassAlterByte));
+    f.kind = *at(c, kKindByte);
+    f.onset = c.key3;
+    std::memcpy(&f.harmony, at(c, kHarmonyByte), sizeof f.harmony);
+    return f;
+}
+
+void setFields(ChordRecord& c, const ChordFields& f) {
+    *at(c, kRootStepByte) = static_cast<uint8_t>(f.rootStep);
+    *at(c, kRootAlterByte) = static_cast<uint8_t>(static_cast<int8_t>(f.rootAlter));
+    *at(c, kBassStepByte) = static_cast<uint8_t>(f.bassStep + 1);
+    *at(c, kBassAlterByte) = static_cast<uint8_t>(static_cast<int8_t>(f.bassAlter));
+    *at(c, kKindByte) = static_cast<uint8_t>(f.kind);
+    c.key3 = f.onset;
+    std::memcpy(at(c, kHarmonyByte), &f.harmony, sizeof f.harmony);
+}
+
+int16_t evpuOfTenths(double tenths) {
+    return static_cast<int16_t>(std::max(-32768.0, std::min(32767.0, std::round(tenths * 2.4))));
+}
+
+std::string tenthsOf(int16_t evpu) {
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%.4f", evpu / 2.4);
+    return buf;
+}
+
+std::string plainText(const std::u16string& raw) {
+    std::u16string out;
+    for (size_t i = 0; i < raw.size(); ++i) {
+        if (raw[i] == u'^' && i + 1 < raw.size() && raw[i + 1] == u'^') {
+            out += u'^';
+            ++i;
+        } else if (raw[i] == u'^') {
+            const size_t close = raw.find(u')', i);
+            if (close == std::u16string::npos) break;
+            i = close;
+        } else {
+            out += raw[i];
+        }
+    }
+    return ui::utf8(out);
+}
+
+std::u16string utf16(const std::string& s) {
+    std::u16string out;
+    for (size_t i = 0; i < s.size();) {
+        const unsigned char c = static_cast<unsigned char>(s[i]);
+        uint32_t cp = c;
+        size_t n = 1;
+        if (c >= 0xF0)
+            cp = c & 0x07, n = 4;
+        else if (c >= 0xE0)
+            cp = c & 0x0F, n = 3;
+        else if (c >= 0xC0)
+            cp = c & 0x1F, n = 2;
+        for (size_t k = 1; k < n && i + k < s.size(); ++k)
+            cp = (cp << 6) | (s[i + k] & 0x3F);
+        i += n;
+        if (cp >= 0x10000) {
+            cp -= 0x10000;
+            out += static_cast<char16_t>(0xD800 + (cp >> 10));
+            out += static_cast<char16_t>(0xDC00 + (cp & 0x3FF));
+        } else {
+            out += static_cast<char16_t>(cp);
+        }
+    }
+    return out;
+}
+
+void buildRecords(Sheet& sheet) {
+    score::Score s(static_cast<int>(sheet.parts.size()), sheet.measures);
+    score::addFont(4, u"Times New Roman", 4096);
+    std::map<std::pair<int, int>, std::vector<const Harmony*>> byPlace;
+    for (const auto& h : sheet.harmonies)
+        byPlace[{h->staff, h->measure}].push_back(h.get());
+    for (size_t i = 0; i < sheet.parts.size(); ++i) {
+        Part& p = *sheet.parts[i];
+        const auto staff = static_cast<int16_t>(i + 1);
+        for (int m = 1; m <= sheet.measures; ++m) {
+            buildChords(s, staff, static_cast<int16_t>(m), byPlace[{staff, m}]);
+            buildCapoChords(s, p, staff, static_cast<int16_t>(m));
+        }
+        p.labelByBlock.clear();
+        for (const Label& l : p.labels) {
+            s.textBlock(staff, 1, -200, l.vertical, l.text);
+            p.labelByBlock[score::measureTexts(staff, 1).back().blockNumber] = l.node;
+        }
+    }
+}
+
+} // namespace musicxml
+} // namespace hostsim

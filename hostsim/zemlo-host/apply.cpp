@@ -1,0 +1,364 @@
+// zemlo-host apply, top-down: the options, then the run on the lead sheet
+// (read, build, the dialog answered, the command chosen once, what the host
+// saw), then the report and the written file.
+#include "apply.h"
+
+#include "hostsim/boundary.h"
+#include "hostsim/edits.h"
+#include "hostsim/plugin.h"
+#include "hostsim/score.h"
+#include "hostsim/ui.h"
+#include "leadsheet.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <unistd.h>
+
+namespace zemlo {
+namespace {
+
+namespace driver = hostsim::driver;
+namespace edits = hostsim::edits;
+namespace mx = hostsim::musicxml;
+namespace score = hostsim::score;
+namespace ui = hostsim::ui;
+
+// ---- Options ----------------------------------------------------------------
+
+bool range(const std::string& text, int* first, int* last) {
+    const char* s = text.c_str();
+    char* end = nullptr;
+    const long a = std::strtol(s, &end, 10);
+    if (end == s) return false;
+    long b = a;
+    if (*end == '-') {
+        const char* second = end + 1;
+        b = std::strtol(second, &end, 10);
+        if (end == second) return false;
+    }
+    if (*end || a < 1 || b < a || b > 32767) return false;
+    *first = static_cast<int>(a);
+    *last = static_cast<int>(b);
+    return true;
+}
+
+bool wholeNumber(const std::string& text, long low, long high) {
+    char* end = nullptr;
+    const long v = std::strtol(text.c_str(), &end, 10);
+    return !text.empty() && *end == 0 && v >= low && v <= high;
+}
+
+bool decimal(const std::string& text) {
+    char* end = nullptr;
+    std::strtod(text.c_str(), &end);
+    return !text.empty() && *end == 0;
+}
+
+// The dialog's answers. False when `arg` is none of them.
+bool parseAnswer(const std::string& arg, const char* value, driver::Answers* o,
+                 std::string* error) {
+    if (arg == "--unit") {
+        if (!driver::isUnit(value))
+            *error = std::string("unknown unit ") + value +
+                     " (evpus, inches, centimeters, points, picas, spaces)";
+        o->unit = value;
+    } else if (arg == "--capo") {
+        o->capo = value;
+        if (!wholeNumber(o->capo, 1, 63))
+            *error = "--capo wants a fret from 1 to 63, not " + o->capo;
+    } else if (arg == "--distance") {
+        o->distance = value;
+        if (!decimal(o->distance)) *error = "--distance wants a number, not " + o->distance;
+    } else if (arg == "--label") {
+        o->label = value;
+        o->setLabel = true;
+    } else if (arg == "--no-label")
+        o->noLabel = true;
+    else if (arg == "--chord-flag")
+        o->chordFlag = true;
+    else if (arg == "--remove")
+        o->remove = true;
+    else if (arg == "--whole-document")
+        o->wholeDocument = true;
+    else
+        return false;
+    return true;
+}
+
+// ---- Printing ---------------------------------------------------------------
+
+struct View {
+    const mx::LeadSheet& sheet;
+    int16_t staves() const { return static_cast<int16_t>(sheet.staves()); }
+    int16_t measures() const { return static_cast<int16_t>(sheet.measures()); }
+    std::string part(int staff) const { return sheet.partName(staff).substr(0, 10); }
+};
+
+// Each staff-measure's chords, each capo chord as the shape the player fingers.
+void printChords(const View& s) {
+    for (int16_t staff = 1; staff <= s.staves(); ++staff) {
+        for (int16_t m = 1; m <= s.measures(); ++m) {
+            const auto chords = score::chords(staff, m);
+            if (chords.empty()) continue;
+            std::string concert, capo;
+            int fret = 0;
+            for (const score::ChordRecord& c : chords) {
+                std::string& line = c.isCapo() ? capo : concert;
+                line += (line.empty() ? "" : "  ") + mx::chordName(c, s.sheet.fifths(staff, m));
+                if (c.isCapo()) fret = c.fret();
+            }
+            std::printf("  %-10s m%-3d ", s.part(staff).c_str(), m);
+            if (fret)
+                std::printf("%-24s | capo %d: %s\n", concert.c_str(), fret, capo.c_str());
+            else
+                std::printf("%s\n", concert.c_str());
+        }
+    }
+}
+
+void printLabels(const View& s) {
+    bool labelled = false;
+    for (int16_t staff = 1; staff <= s.staves(); ++staff)
+        for (int16_t m = 1; m <= s.measures(); ++m)
+            for (const std::u16string& t : score::texts(staff, m)) {
+                std::printf("  %-10s m%-3d \"%s\"\n", s.part(staff).c_str(), m,
+                            mx::plainText(t).c_str());
+                labelled = true;
+            }
+    if (!labelled) std::printf("  none\n");
+}
+
+// A chord record's bytes in hex, a group per field of the host's layout.
+std::string hexFields(const score::ChordRecord& c) {
+    static const size_t kFieldEnds[] = {2, 4, 8, 10, 16, 18, 20, 24, 30};
+    const auto* bytes = reinterpret_cast<const uint8_t*>(&c);
+    std::string out;
+    size_t at = 0;
+    for (size_t end : kFieldEnds) {
+        out += out.empty() ? "" : " ";
+        for (; at < end; ++at) {
+            char h[3];
+            std::snprintf(h, sizeof h, "%02x", bytes[at]);
+            out += h;
+        }
+    }
+    return out;
+}
+
+// Every chord record and measure text, for those who debug the host or the plug-in.
+void printRecords(const View& s) {
+    for (int16_t staff = 1; staff <= s.staves(); ++staff)
+        for (int16_t m = 1; m <= s.measures(); ++m) {
+            const auto chords = score::chords(staff, m);
+            for (size_t i = 0; i < chords.size(); ++i) {
+                const score::ChordRecord& c = chords[i];
+                const std::string name = mx::chordName(c, s.sheet.fifths(staff, m));
+                std::printf("  chord %d/%d/%zu: %s%s (onset %d, y %d%s)  %s\n", staff, m, i,
+                            c.isCapo() ? ("capo " + std::to_string(c.fret()) + " ").c_str() : "",
+                            name.c_str(), c.key3, c.vertical, c.flags & 0x8000 ? ", flagged" : "",
+                            hexFields(c).c_str());
+            }
+            const auto places = score::measureTexts(staff, m);
+            const auto texts = score::texts(staff, m);
+            for (size_t i = 0; i < places.size() && i < texts.size(); ++i)
+                std::printf("  measure text %d/%d/%zu: block %u at x %d, y %d: \"%s\"\n", staff, m,
+                            i, places[i].blockNumber, places[i].horizontal, places[i].vertical,
+                            ui::utf8(texts[i]).c_str());
+        }
+}
+
+// The host's progress display as a bar on the terminal.
+void drawProgress(const ui::Progress& p) {
+    if (!isatty(STDERR_FILENO)) return;
+    const size_t done = p.calls.size();
+    const size_t steps = p.steps > 0 ? static_cast<size_t>(p.steps) : 1;
+    const size_t width = 30, filled = std::min(width, done * width / steps);
+    std::fprintf(stderr, "\r  [%s%s] %zu/%zu", std::string(filled, '#').c_str(),
+                 std::string(width - filled, '.').c_str(), std::min(done, steps), steps);
+    if (p.ended) std::fprintf(stderr, p.cancelled ? " cancelled\n" : "\n");
+    std::fflush(stderr);
+}
+
+int fail(const std::string& message) {
+    std::fprintf(stderr, "zemlo-host: %s\n", message.c_str());
+    return 1;
+}
+
+std::string fileName(const std::string& path) {
+    const size_t slash = path.find_last_of('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+std::string stem(const std::string& path) {
+    const std::string name = fileName(path);
+    const size_t dot = name.find_last_of('.');
+    return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
+}
+
+std::string rangeText(int first, int last) {
+    return std::to_string(first) + "-" + std::to_string(last);
+}
+
+// ---- The run ----------------------------------------------------------------
+
+// Reads the lead sheet and holds it against the options. Null after saying why.
+std::unique_ptr<mx::LeadSheet> readScore(const std::string& path, const ApplyOptions& a) {
+    std::string error;
+    std::unique_ptr<mx::LeadSheet> sheet = mx::LeadSheet::read(path, &error);
+    if (!sheet)
+        error = error.empty() ? "cannot read " + path : error;
+    else if (sheet->chordCount() == 0)
+        error = path + " holds no chord symbols (<harmony>)";
+    else if (a.firstMeasure && a.lastMeasure > sheet->measures())
+        error = "--measures " + rangeText(a.firstMeasure, a.lastMeasure) +
+                ": the score has measures 1-" + std::to_string(sheet->measures());
+    else if (a.firstStaff && a.lastStaff > sheet->staves())
+        error = "--staves " + rangeText(a.firstStaff, a.lastStaff) + ": the score has staves 1-" +
+                std::to_string(sheet->staves());
+    if (!error.empty()) {
+        fail(error);
+        return nullptr;
+    }
+    return sheet;
+}
+
+// The user chooses the menu item once, with the selection or with none.
+int16_t chooseCommand(driver::InvokeFn invoke, const ApplyOptions& a,
+                      const driver::Answers& answers, const mx::LeadSheet& sheet) {
+    const View s{sheet};
+    const int16_t firstStaff = static_cast<int16_t>(a.firstStaff ? a.firstStaff : 1);
+    const int16_t lastStaff = a.firstStaff ? static_cast<int16_t>(a.lastStaff) : s.staves();
+    const int16_t firstMeasure = static_cast<int16_t>(a.firstMeasure ? a.firstMeasure : 1);
+    const int16_t lastMeasure = a.firstMeasure ? static_cast<int16_t>(a.lastMeasure) : s.measures();
+    score::Region whole = score::region(1, 1, s.staves(), s.measures());
+    score::Region selection = score::region(firstStaff, firstMeasure, lastStaff, lastMeasure);
+    std::string shown, confirmed;
+    driver::answerWith(answers, &shown, &confirmed);
+    ui::setProgressObserver(drawProgress);
+    if (answers.wholeDocument)
+        std::printf("Capo chords: nothing selected (the whole document, when asked)\n");
+    else
+        std::printf("Capo chords: staves %d-%d, measures %d-%d\n", firstStaff, lastStaff,
+                    firstMeasure, lastMeasure);
+    std::fflush(stdout);
+    const int16_t result = invoke(nullptr, 0, answers.wholeDocument ? nullptr : &selection, &whole);
+    ui::setProgressObserver(nullptr);
+    std::printf("Dialog confirmed: %s\n", confirmed.c_str());
+    return result;
+}
+
+// What the host holds against the plug-in, and alerts that stop the run. Empty: the run went
+// through.
+std::string hostComplaints(bool wholeDocument) {
+    std::string error;
+    for (const ui::Error& e : ui::errors())
+        error += (error.empty() ? "" : "; ") + e.text;
+    for (const std::string& e : edits::errors())
+        error += (error.empty() ? "" : "; ") + e;
+    if (!error.empty()) return "the host saw faults of the plug-in: " + error + "; nothing written";
+    // A notice tells what happened (nothing to change, say); the question
+    // comes when nothing is selected; anything else stops the run.
+    for (const ui::Alert& alert : ui::alerts()) {
+        if (alert.kind == hostsim::alert::kNotice)
+            std::printf("Notice: %s\n", alert.text.c_str());
+        else if (alert.kind == hostsim::alert::kQuestion && wholeDocument)
+            std::printf("Question: %s (OK)\n", alert.text.c_str());
+        else
+            return "the plug-in said: " + alert.text + "; nothing written";
+    }
+    return "";
+}
+
+} // namespace
+
+bool parseApplyOption(int argc, char** argv, int* i, ApplyOptions* a, std::string* error) {
+    const std::string arg = argv[*i];
+    const bool takesValue = arg == "--measures" || arg == "--staves" || arg == "-o" ||
+                            arg == "--unit" || arg == "--capo" || arg == "--distance" ||
+                            arg == "--label";
+    if (takesValue && *i + 1 >= argc) {
+        *error = arg + " needs a value";
+        return false;
+    }
+    const char* value = takesValue ? argv[*i + 1] : nullptr;
+    if (takesValue) ++*i;
+    if (arg == "--measures" || arg == "--staves") {
+        int first = 0, last = 0;
+        if (!range(value, &first, &last)) *error = arg + " wants FIRST-LAST (from 1), not " + value;
+        (arg == "--measures" ? a->firstMeasure : a->firstStaff) = first;
+        (arg == "--measures" ? a->lastMeasure : a->lastStaff) = last;
+    } else if (arg == "-o") {
+        a->output = value;
+    } else if (arg == "--records") {
+        a->records = true;
+    } else if (!parseAnswer(arg, value, &a->answers, error)) {
+        if (takesValue) --*i;
+        if (arg.size() > 1 && arg[0] == '-') return false;
+        if (!a->score.empty())
+            *error = "one score at a time (" + a->score + ", " + arg + ")";
+        else
+            a->score = arg;
+    }
+    return error->empty();
+}
+
+namespace {
+
+// The bundled sample: an installed copy's, else the source tree's.
+std::string sampleScore() {
+    const std::string installed = hostsim::besideProgram({"../share/capochords/samples/lantern-road.musicxml"});
+    std::error_code ec;
+    return std::filesystem::exists(installed, ec) ? installed : ZEMLO_SAMPLE_SCORE;
+}
+
+}  // namespace
+
+int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
+    const std::string path = a.score.empty() ? sampleScore() : a.score;
+    const std::string out = a.output.empty() ? stem(path) + ".capo.musicxml" : a.output;
+    if (out.size() > 4 && out.compare(out.size() - 4, 4, ".mxl") == 0)
+        return fail("-o " + out + ": zemlo-host writes uncompressed MusicXML; name it .musicxml");
+    std::unique_ptr<mx::LeadSheet> sheet = readScore(path, a);
+    if (!sheet) return 1;
+    sheet->build();
+    driver::Answers answers = a.answers;
+    // A capo already in the file is the fret the user starts from.
+    if (answers.capo.empty() && sheet->fileCapo()) answers.capo = std::to_string(sheet->fileCapo());
+
+    const View s{*sheet};
+    std::printf("Score \"%s\" (%s): %d staves, %d measures, %zu chords\n", sheet->title().c_str(),
+                fileName(path).c_str(), sheet->staves(), sheet->measures(), sheet->chordCount());
+    std::printf("Chords before:\n");
+    printChords(s);
+    if (a.records) {
+        std::printf("Records before:\n");
+        printRecords(s);
+    }
+
+    const int16_t result = chooseCommand(invoke, a, answers, *sheet);
+    const std::string complaints = hostComplaints(answers.wholeDocument);
+    if (!complaints.empty()) return fail(complaints);
+    bool committed = false;
+    for (const edits::Edit& e : edits::all())
+        committed = committed || e.state == edits::State::Committed;
+    std::printf("Result: %d (%s)\n", result, committed ? "edit committed" : "nothing changed");
+    std::printf("Chords after:\n");
+    printChords(s);
+    std::printf("Labels:\n");
+    printLabels(s);
+    if (a.records) {
+        std::printf("Records after:\n");
+        printRecords(s);
+    }
+
+    std::string error;
+    if (!sheet->write(out, &error)) return fail(error);
+    std::printf("Wrote %s\n", out.c_str());
+    return 0;
+}
+
+} // namespace zemlo

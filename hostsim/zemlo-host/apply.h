@@ -1,0 +1,29 @@
+// zemlo-host apply: the command on a MusicXML lead sheet, written back out.
+#ifndef CAPOCHORDS_HOSTSIM_ZEMLO_HOST_APPLY_H
+#define CAPOCHORDS_HOSTSIM_ZEMLO_HOST_APPLY_H
+
+#include "hostsim/driver.h"
+
+#include <string>
+
+namespace zemlo {
+
+struct ApplyOptions {
+    hostsim::driver::Answers answers;
+    std::string score;                     // empty: the bundled sample lead sheet
+    std::string output;                    // empty: <score's name>.capo.musicxml here
+    int firstMeasure = 0, lastMeasure = 0; // 0: all
+    int firstStaff = 0, lastStaff = 0;
+    bool records = false; // print every record before and after
+};
+
+// Reads the option at argv[*i] (moving *i past its value). False when it is
+// none of apply's or is wrong; *error then says why when it was one.
+bool parseApplyOption(int argc, char** argv, int* i, ApplyOptions* a, std::string* error);
+// Reads the lead sheet, runs the command once on it and writes the result;
+// nothing is written unless the run went through. 0 on success.
+int applyCommand(hostsim::driver::InvokeFn invoke, const ApplyOptions& a);
+
+} // namespace zemlo
+
+#endif
