@@ -30,7 +30,8 @@ int usage() {
                  "                  [--distance X] [--unit evpus|inches|centimeters|points|picas|spaces]\n"
                  "                  [--label TEXT | --no-label] [--chord-flag] [--remove]\n"
                  "                  [--measures FIRST-LAST] [--staves FIRST-LAST] [--whole-document]\n"
-                 "                  [--records] [-o OUT.musicxml]\n"
+                 "                  [--records] [--diagrams] [-o OUT.musicxml]   (--capo auto: the advisor's fret)\n"
+                 "       zemlo-host suggest SCORE.musicxml|.mxl\n"
                  "       zemlo-host validate [--bundle PATH] [--seed N] [--level 1..10] [--only REGEX]\n"
                  "                  [--json FILE] [--timeout SECONDS] [--list]\n");
     return 2;
@@ -73,6 +74,7 @@ void printStartUp(const driver::StartUp& s) {
 
 int main(int argc, char** argv) {
     if (argc > 1 && !std::strcmp(argv[1], "validate")) return validateCommand(argc, argv);
+    if (argc > 1 && !std::strcmp(argv[1], "suggest")) return zemlo::suggestCommand(argc, argv);
     std::string bundle = hostsim::defaultBundlePath();
     const bool apply = argc > 1 && !std::strcmp(argv[1], "apply");
     zemlo::ApplyOptions options;
