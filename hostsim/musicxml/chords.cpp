@@ -2,6 +2,7 @@
 #include "chords.h"
 
 #include "mapping.h"
+#include "shapes.h"
 
 namespace hostsim {
 namespace musicxml {
@@ -28,11 +29,6 @@ constexpr int kOther = 31;
 constexpr int kKindCount = static_cast<int>(sizeof kKinds / sizeof kKinds[0]);
 
 const int kNatural[7] = {0, 2, 4, 5, 7, 9, 11};
-// Spellings of the twelve pitch classes, with sharps and with flats.
-const Pitch kSharps[12] = {{0, 0}, {0, 1}, {1, 0}, {1, 1}, {2, 0}, {3, 0},
-                           {3, 1}, {4, 0}, {4, 1}, {5, 0}, {5, 1}, {6, 0}};
-const Pitch kFlats[12] = {{0, 0}, {1, -1}, {1, 0}, {2, -1}, {2, 0}, {3, 0},
-                          {4, -1}, {4, 0}, {5, -1}, {5, 0}, {6, -1}, {6, 0}};
 
 }  // namespace
 
@@ -42,16 +38,11 @@ int kindIndex(const std::string& value) {
     return kOther;
 }
 
+const char* kindSuffix(int index) { return kKinds[index >= 0 && index < kKindCount ? index : kOther].suffix; }
+
 const char* kindValue(int index) { return kKinds[index >= 0 && index < kKindCount ? index : kOther].value; }
 
 int pitchClass(Pitch p) { return ((kNatural[p.step % 7] + p.alter) % 12 + 12) % 12; }
-
-Pitch spell(int pc, int fifths) {
-    const int i = (pc % 12 + 12) % 12;
-    return fifths >= 0 ? kSharps[i] : kFlats[i];
-}
-
-Pitch fingered(Pitch p, int fret, int fifths) { return spell(pitchClass(p) - fret, fifths); }
 
 std::string noteName(Pitch p) {
     std::string s(1, "CDEFGAB"[p.step % 7]);
@@ -60,17 +51,12 @@ std::string noteName(Pitch p) {
     return s;
 }
 
-std::string chordName(const ChordRecord& c, int fifths) {
+std::string chordName(const ChordRecord& c, Key concert) {
     const ChordFields f = fieldsOf(c);
     const int fret = c.isCapo() ? c.fret() : 0;
-    Pitch root{f.rootStep, f.rootAlter};
-    if (fret) root = fingered(root, fret, fifths);
-    std::string name = noteName(root) + kKinds[f.kind < kKindCount ? f.kind : kOther].suffix;
-    if (f.bassStep >= 0) {
-        Pitch bass{f.bassStep, f.bassAlter};
-        if (fret) bass = fingered(bass, fret, fifths);
-        name += "/" + noteName(bass);
-    }
+    std::string name = noteName(shapeOf({f.rootStep, f.rootAlter}, concert, fret)) +
+                       kKinds[f.kind < kKindCount ? f.kind : kOther].suffix;
+    if (f.bassStep >= 0) name += "/" + noteName(shapeOf({f.bassStep, f.bassAlter}, concert, fret));
     return name;
 }
 

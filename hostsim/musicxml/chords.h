@@ -15,19 +15,22 @@ struct Pitch {
     int step = 0;
     int alter = 0;
 };
-// The pitch class spelled for a key of `fifths` sharps (negative: flats):
-// sharps for fifths >= 0, flats otherwise; never a double accidental nor
-// E#, B#, Cb or Fb.
-Pitch spell(int pitchClass, int fifths);
+// A key signature as MusicXML gives it: sharps (negative: flats) and mode.
+// None in a file means C major.
+struct Key {
+    int fifths = 0;
+    bool minor = false;
+};
 int pitchClass(Pitch p);
-// The note a capo player fingers for `p` with the capo at `fret`.
-Pitch fingered(Pitch p, int fret, int fifths);
-std::string noteName(Pitch p); // "C", "F#", "Bb"
+std::string noteName(Pitch p);  // "C", "F#", "Bb"
 // MusicXML's chord kinds by their index in the record; unknown kinds read as "other".
 int kindIndex(const std::string& value);
 const char* kindValue(int index);
-// The chord as a reader shows it ("Am7", "G/B"); a capo chord as its shape.
-std::string chordName(const score::ChordRecord& c, int fifths);
+const char* kindSuffix(int index);  // "m7" for minor-seventh
+// The chord as a reader shows it ("Am7", "G/B"); a capo chord as the shape
+// the player reads in the key of the shapes (shapes.h), the concert key
+// being `concert`.
+std::string chordName(const score::ChordRecord& c, Key concert);
 
 } // namespace musicxml
 } // namespace hostsim

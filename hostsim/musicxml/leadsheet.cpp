@@ -20,10 +20,10 @@ void LeadSheet::build() {
     buildRecords(*s_);
 }
 
-bool LeadSheet::write(const std::string& path, std::string* error) {
+bool LeadSheet::write(const std::string& path, std::string* error, bool diagrams) {
     for (size_t i = 0; i < s_->parts.size(); ++i) {
         const int staff = static_cast<int>(i) + 1;
-        writeCapoChords(*s_, *s_->parts[i], staff);
+        writeCapoChords(*s_, *s_->parts[i], staff, diagrams);
         writeLabels(*s_->parts[i], staff);
     }
     return save(s_->doc, path, error);
@@ -47,9 +47,25 @@ std::string LeadSheet::partName(int staff) const {
                                            : std::string();
 }
 
-int LeadSheet::fifths(int staff, int measure) const {
-    if (staff < 1 || staff > staves() || measure < 1 || measure > s_->measures) return 0;
-    return s_->parts[static_cast<size_t>(staff - 1)]->fifths[static_cast<size_t>(measure - 1)];
+Key LeadSheet::key(int staff, int measure) const {
+    if (staff < 1 || staff > staves() || measure < 1 || measure > s_->measures) return {};
+    return s_->parts[static_cast<size_t>(staff - 1)]->keys[static_cast<size_t>(measure - 1)];
+}
+
+std::vector<ConcertChord> LeadSheet::concertChords() const {
+    std::vector<ConcertChord> out;
+    for (const auto& h : s_->harmonies) {
+        const ChordFields& f = h->fields;
+        ConcertChord c;
+        c.root = {f.rootStep, f.rootAlter};
+        c.kind = kindValue(f.kind);
+        c.hasBass = f.bassStep >= 0;
+        c.bass = {f.bassStep, f.bassAlter};
+        c.key = key(h->staff, h->measure);
+        c.measure = h->measure;
+        out.push_back(c);
+    }
+    return out;
 }
 
 int LeadSheet::fileCapo() const {

@@ -10,10 +10,12 @@
 
 #include "chords.h"
 #include "mapping.h"
+#include "shapes.h"
 
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace hostsim {
 namespace musicxml {
@@ -39,16 +41,20 @@ class LeadSheet {
     // measure records, chord records, label blocks, the fonts labels use.
     void build();
     // Writes the simulated document's chords and labels back as MusicXML 4.0,
-    // to a temporary file renamed to `path` once it is complete.
-    bool write(const std::string& path, std::string* error);
+    // to a temporary file renamed to `path` once it is complete. With
+    // `diagrams`, every capo chord in an open shape gets that shape's diagram
+    // (one whose concert chord has a diagram gets it anyway).
+    bool write(const std::string& path, std::string* error, bool diagrams = false);
 
     std::string title() const;
     int staves() const;
     int measures() const;
     size_t chordCount() const;
     std::string partName(int staff) const;
-    // Key signature in force (fifths) at a staff-measure.
-    int fifths(int staff, int measure) const;
+    // Key signature in force at a staff-measure.
+    Key key(int staff, int measure) const;
+    // Every chord of the score as the capo advisor weighs it, in file order.
+    std::vector<ConcertChord> concertChords() const;
     // The fret of a <capo> in the file's first part that has one; 0: none.
     int fileCapo() const;
 

@@ -230,7 +230,7 @@ class PartReader {
             else if (is(c, "harmony") && !harmony(c, m, index))
                 return false;
         }
-        part_.fifths.push_back(fifths_);
+        part_.keys.push_back(key_);
         return true;
     }
 
@@ -249,8 +249,13 @@ class PartReader {
 
     void attributes(xmlNodePtr c, int index) {
         divisions_ = std::max(1L, integer(child(c, "divisions"), divisions_));
-        if (xmlNodePtr key = child(c, "key"))
-            fifths_ = static_cast<int>(integer(child(key, "fifths"), fifths_));
+        if (xmlNodePtr key = child(c, "key")) {
+            // A key without <fifths> (a non-traditional one) keeps the one in force.
+            if (child(key, "fifths")) {
+                key_.fifths = static_cast<int>(std::max(-7L, std::min(7L, integer(child(key, "fifths"), 0))));
+                key_.minor = text(child(key, "mode")) == "minor";
+            }
+        }
         if (index != 1) return;
         if (xmlNodePtr capo = child(child(c, "staff-details"), "capo")) {
             part_.capo = capo;
@@ -310,7 +315,7 @@ class PartReader {
     std::string* error_;
     const int staff_;
     long divisions_ = 1;
-    int fifths_ = 0;
+    Key key_;
     long lastNumber_ = 0;
     long pos_ = 0; // in divisions
     const Harmony* lastOrdinary_ = nullptr;

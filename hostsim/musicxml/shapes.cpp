@@ -123,7 +123,7 @@ std::vector<CapoChoice> rankCapos(const std::vector<ConcertChord>& chords) {
         c.shapes = shapesKey(chords.empty() ? Key{} : chords.front().key, fret);
         for (size_t i = 0; i < chords.size(); ++i) {
             const ConcertChord& ch = chords[i];
-            if (!ch.slash && openShape(shapeOf(ch.root, ch.key, fret), ch.kind))
+            if (!ch.hasBass && openShape(shapeOf(ch.root, ch.key, fret), ch.kind))
                 ++c.open;
             else
                 c.hard.push_back(i);
@@ -133,6 +133,12 @@ std::vector<CapoChoice> rankCapos(const std::vector<ConcertChord>& chords) {
     std::stable_sort(ranked.begin(), ranked.end(),
                      [](const CapoChoice& a, const CapoChoice& b) { return a.open > b.open; });
     return ranked;
+}
+
+std::string shapeName(const ConcertChord& c, int fret) {
+    std::string name = noteName(shapeOf(c.root, c.key, fret)) + kindSuffix(kindIndex(c.kind));
+    if (c.hasBass) name += "/" + noteName(shapeOf(c.bass, c.key, fret));
+    return name;
 }
 
 const CapoChoice& bestCapo(const std::vector<CapoChoice>& ranked) {

@@ -4,7 +4,7 @@
 #ifndef CAPOCHORDS_HOSTSIM_MUSICXML_SHAPES_H
 #define CAPOCHORDS_HOSTSIM_MUSICXML_SHAPES_H
 
-#include "leadsheet.h"
+#include "chords.h"
 
 #include <string>
 #include <vector>
@@ -12,11 +12,6 @@
 namespace hostsim {
 namespace musicxml {
 
-// A key signature as MusicXML gives it: sharps (negative: flats) and mode.
-struct Key {
-    int fifths = 0;
-    bool minor = false;
-};
 Pitch tonic(Key k);
 std::string keyName(Key k);  // "Bb major", "F# minor"
 
@@ -39,13 +34,17 @@ struct OpenShape {
 // no bass of its own, or null.
 const OpenShape* openShape(Pitch root, const std::string& kind);
 
-// A chord as the advisor weighs it.
+// A chord of the score as the advisor weighs it.
 struct ConcertChord {
     Pitch root;
-    std::string kind;
-    bool slash = false;  // a bass other than the root: never an open shape
-    Key key;             // the concert key in force at it
+    std::string kind;     // MusicXML's kind value
+    bool hasBass = false; // a slash chord: never an open shape
+    Pitch bass;
+    Key key;              // the concert key in force at it
+    int measure = 0;
 };
+// The chord's name as the player reads it with the capo at `fret`.
+std::string shapeName(const ConcertChord& c, int fret);
 
 struct CapoChoice {
     int fret = 0;

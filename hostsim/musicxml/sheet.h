@@ -3,6 +3,7 @@
 #ifndef CAPOCHORDS_HOSTSIM_MUSICXML_SHEET_H
 #define CAPOCHORDS_HOSTSIM_MUSICXML_SHEET_H
 
+#include "chords.h"
 #include "mapping.h"
 
 #include "hostsim/score.h"
@@ -41,9 +42,9 @@ struct Label {
 struct Part {
     std::string id, name;
     std::vector<xmlNodePtr> measures;
-    std::vector<int> fifths;   // per measure
-    xmlNodePtr capo = nullptr; // <capo> of the first measure's attributes
-    bool ownsCapo = false;     // read back with capo chords, or written by us
+    std::vector<Key> keys;      // in force per measure
+    xmlNodePtr capo = nullptr;  // <capo> of the first measure's attributes
+    bool ownsCapo = false;      // read back with capo chords, or written by us
     int capoFret = 0;
     std::vector<xmlNodePtr> capoNodes; // capo chords in the tree: removed before every write
     std::vector<CapoChord> capoChords;
@@ -69,7 +70,7 @@ void buildRecords(Sheet& s);
 
 // writer.cpp: the document's capo chords, capo fret and labels into the
 // tree, and the tree saved as MusicXML 4.0.
-void writeCapoChords(const Sheet& s, Part& p, int staff);
+void writeCapoChords(const Sheet& s, Part& p, int staff, bool diagrams);
 void writeLabels(Part& p, int staff);
 bool save(xmlDocPtr doc, const std::string& path, std::string* error);
 

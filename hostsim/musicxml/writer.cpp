@@ -4,6 +4,7 @@
 #include "xml.h"
 
 #include "chords.h"
+#include "shapes.h"
 
 #include "hostsim/document.h"
 
@@ -68,19 +69,52 @@ xmlNodePtr ensureCapo(xmlNodePtr measure) {
     return capo;
 }
 
+// The diagram of an open shape, frets counted from the capo as the player
+// counts them; strings not played get no note.
+xmlNodePtr frameOf(const OpenShape& shape) {
+    xmlNodePtr frame = xmlNewNode(nullptr, X("frame"));
+    xmlSetProp(frame, X("unplayed"), X("x"));
+    xmlNewChild(frame, nullptr, X("frame-strings"), X("6"));
+    xmlNewChild(frame, nullptr, X("frame-frets"), X("4"));
+    for (int i = 0; i < 6; ++i) {
+        if (shape.frets[i] < 0) continue;
+        xmlNodePtr note = xmlNewChild(frame, nullptr, X("frame-note"), nullptr);
+        xmlNewChild(note, nullptr, X("string"), X(std::to_string(6 - i).c_str()));
+        xmlNewChild(note, nullptr, X("fret"), X(std::to_string(shape.frets[i]).c_str()));
+    }
+    return frame;
+}
+
+// A <frame> goes after the chord and before these.
+const char* const kAfterFrame[] = {"offset", "footnote", "level", "staff"};
+
+// The copy's diagram: the shape's own where it is an open shape and diagrams
+// are wanted (asked for, or the concert chord has one); none otherwise, as
+// the concert chord's would show the wrong fingering.
+void setFrame(xmlNodePtr copy, Pitch shapeRoot, const ChordFields& f, bool wanted) {
+    xmlNodePtr old = child(copy, "frame");
+    const OpenShape* shape = (wanted || old) && f.bassStep < 0 ? openShape(shapeRoot, kindValue(f.kind)) : nullptr;
+    if (shape) {
+        xmlNodePtr frame = frameOf(*shape);
+        xmlNodePtr before = old;
+        for (xmlNodePtr c : children(copy))
+            for (const char* name : kAfterFrame)
+                if (!before && is(c, name)) before = c;
+        before ? xmlAddPrevSibling(before, frame) : xmlAddChild(copy, frame);
+    }
+    if (old) drop(old);
+}
+
 // A capo chord as a copy of its source <harmony>: root and bass as the
 // player's shape, marked as an alternate chord at the record's height.
-xmlNodePtr capoCopy(const Harmony& source, const ChordRecord& c, int fifths) {
+xmlNodePtr capoCopy(const Harmony& source, const ChordRecord& c, Key concert, bool diagrams) {
     xmlNodePtr copy = xmlCopyNode(source.node, 1);
     const ChordFields& f = source.fields;
-    if (xmlNodePtr root = child(copy, "root"))
-        setPitch(root, "root-step", "root-alter",
-                 fingered({f.rootStep, f.rootAlter}, c.fret(), fifths));
+    const Pitch root = shapeOf({f.rootStep, f.rootAlter}, concert, c.fret());
+    if (xmlNodePtr r = child(copy, "root")) setPitch(r, "root-step", "root-alter", root);
     if (xmlNodePtr bass = child(copy, "bass"); bass && f.bassStep >= 0)
-        setPitch(bass, "bass-step", "bass-alter",
-                 fingered({f.bassStep, f.bassAlter}, c.fret(), fifths));
-    // A fret diagram shows the concert chord's fingering, not the shape's.
-    if (xmlNodePtr frame = child(copy, "frame")) drop(frame);
+        setPitch(bass, "bass-step", "bass-alter", shapeOf({f.bassStep, f.bassAlter}, concert, c.fret()));
+    setFrame(copy, root, f, diagrams);
     xmlSetProp(copy, X("type"), X("alternate"));
     xmlSetProp(copy, X("default-y"), X(tenthsOf(c.vertical).c_str()));
     return copy;
@@ -130,9 +164,8 @@ xmlNodePtr labelDirection(Part& p, uint16_t block) {
 
 } // namespace
 
-void writeCapoChords(const Sheet& s, Part& p, int staff) {
-    for (xmlNodePtr n : p.capoNodes)
-        drop(n);
+void writeCapoChords(const Sheet& s, Part& p, int staff, bool diagrams) {
+    for (xmlNodePtr n : p.capoNodes) drop(n);
     p.capoNodes.clear();
     int fret = 0;
     for (int m = 1; m <= s.measures; ++m) {
@@ -144,7 +177,7 @@ void writeCapoChords(const Sheet& s, Part& p, int staff) {
             if (number < 1 || number > s.harmonies.size()) continue;
             const Harmony& source = *s.harmonies[number - 1];
             if (!fret) fret = c.fret();
-            xmlNodePtr copy = capoCopy(source, c, p.fifths[static_cast<size_t>(m - 1)]);
+            xmlNodePtr copy = capoCopy(source, c, p.keys[static_cast<size_t>(m - 1)], diagrams);
             xmlNodePtr& after = last[number];
             xmlAddNextSibling(after ? after : source.node, copy);
             after = copy;

@@ -108,7 +108,7 @@ void printChords(const View& s) {
             int fret = 0;
             for (const score::ChordRecord& c : chords) {
                 std::string& line = c.isCapo() ? capo : concert;
-                line += (line.empty() ? "" : "  ") + mx::chordName(c, s.sheet.fifths(staff, m));
+                line += (line.empty() ? "" : "  ") + mx::chordName(c, s.sheet.key(staff, m));
                 if (c.isCapo()) fret = c.fret();
             }
             std::printf("  %-10s m%-3d ", s.part(staff).c_str(), m);
@@ -156,7 +156,7 @@ void printRecords(const View& s) {
             const auto chords = score::chords(staff, m);
             for (size_t i = 0; i < chords.size(); ++i) {
                 const score::ChordRecord& c = chords[i];
-                const std::string name = mx::chordName(c, s.sheet.fifths(staff, m));
+                const std::string name = mx::chordName(c, s.sheet.key(staff, m));
                 std::printf("  chord %d/%d/%zu: %s%s (onset %d, y %d%s)  %s\n", staff, m, i,
                             c.isCapo() ? ("capo " + std::to_string(c.fret()) + " ").c_str() : "",
                             name.c_str(), c.key3, c.vertical, c.flags & 0x8000 ? ", flagged" : "",
@@ -224,6 +224,19 @@ std::unique_ptr<mx::LeadSheet> readScore(const std::string& path, const ApplyOpt
         return nullptr;
     }
     return sheet;
+}
+
+// --capo auto: the fret from 1 to 7 that turns the most chords into open
+// shapes, explained in one line.
+int chooseCapo(const mx::LeadSheet& sheet) {
+    const std::vector<mx::CapoChoice> ranked = mx::rankCapos(sheet.concertChords());
+    const mx::CapoChoice& best = mx::bestCapo(ranked);
+    std::printf("Capo auto: fret %d, %s shapes: %d of %zu chords in open shapes", best.fret,
+                mx::keyName(best.shapes).c_str(), best.open, sheet.chordCount());
+    if (ranked.front().fret == 0 && ranked.front().open > best.open)
+        std::printf(" (no capo scores higher: %d)", ranked.front().open);
+    std::printf("\n");
+    return best.fret;
 }
 
 // The user chooses the menu item once, with the selection or with none.
@@ -295,6 +308,10 @@ bool parseApplyOption(int argc, char** argv, int* i, ApplyOptions* a, std::strin
         a->output = value;
     } else if (arg == "--records") {
         a->records = true;
+    } else if (arg == "--diagrams") {
+        a->diagrams = true;
+    } else if (arg == "--capo" && std::string(value) == "auto") {
+        a->autoCapo = true;
     } else if (!parseAnswer(arg, value, &a->answers, error)) {
         if (takesValue) --*i;
         if (arg.size() > 1 && arg[0] == '-') return false;
@@ -328,6 +345,7 @@ int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
     driver::Answers answers = a.answers;
     // A capo already in the file is the fret the user starts from.
     if (answers.capo.empty() && sheet->fileCapo()) answers.capo = std::to_string(sheet->fileCapo());
+    if (a.autoCapo) answers.capo = std::to_string(chooseCapo(*sheet));
 
     const View s{*sheet};
     std::printf("Score \"%s\" (%s): %d staves, %d measures, %zu chords\n", sheet->title().c_str(),
@@ -356,7 +374,7 @@ int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
     }
 
     std::string error;
-    if (!sheet->write(out, &error)) return fail(error);
+    if (!sheet->write(out, &error, a.diagrams)) return fail(error);
     std::printf("Wrote %s\n", out.c_str());
     return 0;
 }

@@ -14,7 +14,9 @@ struct ApplyOptions {
     std::string output;                    // empty: <score's name>.capo.musicxml here
     int firstMeasure = 0, lastMeasure = 0; // 0: all
     int firstStaff = 0, lastStaff = 0;
-    bool records = false; // print every record before and after
+    bool records = false;  // print every record before and after
+    bool autoCapo = false; // --capo auto: the fret the advisor ranks best of 1 to 7
+    bool diagrams = false; // a diagram for every capo chord in an open shape
 };
 
 // Reads the option at argv[*i] (moving *i past its value). False when it is
@@ -24,6 +26,10 @@ bool parseApplyOption(int argc, char** argv, int* i, ApplyOptions* a, std::strin
 // nothing is written unless the run went through. 0 on success.
 int applyCommand(hostsim::driver::InvokeFn invoke, const ApplyOptions& a);
 
-} // namespace zemlo
+// zemlo-host suggest SCORE: no capo and frets 1 to 7, best first, with the
+// key of the shapes and how many chords become open shapes. 0 on success.
+int suggestCommand(int argc, char** argv);
+
+}  // namespace zemlo
 
 #endif
