@@ -16,7 +16,8 @@ std::string besideProgram(std::initializer_list<const char*> relative) {
     const fs::path folder = ec ? fs::current_path(ec) : program.parent_path();
     for (const char* r : relative)
         if (fs::exists(folder / r, ec)) return (folder / r).lexically_normal().string();
-    return relative.size() ? (folder / *relative.begin()).lexically_normal().string() : folder.string();
+    return relative.size() ? (folder / *relative.begin()).lexically_normal().string()
+                           : folder.string();
 }
 
 std::string defaultBundlePath() {
@@ -34,7 +35,8 @@ std::string executableOf(const std::string& bundle) {
     if (url) CFRelease(url);
     if (!b) return "";
     std::string exe;
-    auto name = static_cast<CFStringRef>(CFBundleGetValueForInfoDictionaryKey(b, kCFBundleExecutableKey));
+    auto name =
+        static_cast<CFStringRef>(CFBundleGetValueForInfoDictionaryKey(b, kCFBundleExecutableKey));
     char buf[1024];
     if (name && CFStringGetCString(name, buf, sizeof buf, kCFStringEncodingUTF8))
         exe = bundle + "/Contents/MacOS/" + buf;
@@ -42,7 +44,7 @@ std::string executableOf(const std::string& bundle) {
     return exe;
 }
 
-}  // namespace
+} // namespace
 
 Plugin::Plugin(const std::string& bundlePath, bool freshCopy) : bundle_(bundlePath) {
     if (freshCopy) {
@@ -80,6 +82,8 @@ Plugin::~Plugin() {
     }
 }
 
-void* Plugin::symbol(const char* name) const { return handle_ ? dlsym(handle_, name) : nullptr; }
+void* Plugin::symbol(const char* name) const {
+    return handle_ ? dlsym(handle_, name) : nullptr;
+}
 
-}  // namespace hostsim
+} // namespace hostsim

@@ -22,11 +22,11 @@ struct Key {
     bool minor = false;
 };
 int pitchClass(Pitch p);
-std::string noteName(Pitch p);  // "C", "F#", "Bb"
+std::string noteName(Pitch p); // "C", "F#", "Bb"
 // MusicXML's chord kinds by their index in the record; unknown kinds read as "other".
 int kindIndex(const std::string& value);
 const char* kindValue(int index);
-const char* kindSuffix(int index);  // "m7" for minor-seventh
+const char* kindSuffix(int index); // "m7" for minor-seventh
 // The chord as a reader shows it ("Am7", "G/B"); a capo chord as the shape
 // the player reads in the key of the shapes (shapes.h), the concert key
 // being `concert`.

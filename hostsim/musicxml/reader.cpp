@@ -252,7 +252,8 @@ class PartReader {
         if (xmlNodePtr key = child(c, "key")) {
             // A key without <fifths> (a non-traditional one) keeps the one in force.
             if (child(key, "fifths")) {
-                key_.fifths = static_cast<int>(std::max(-7L, std::min(7L, integer(child(key, "fifths"), 0))));
+                key_.fifths =
+                    static_cast<int>(std::max(-7L, std::min(7L, integer(child(key, "fifths"), 0))));
                 key_.minor = text(child(key, "mode")) == "minor";
             }
         }

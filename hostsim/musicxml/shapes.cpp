@@ -8,14 +8,18 @@ namespace hostsim {
 namespace musicxml {
 namespace {
 
-int mod(int a, int n) { return (a % n + n) % n; }
-int floorDiv(int a, int n) { return a >= 0 ? a / n : -((-a + n - 1) / n); }
+int mod(int a, int n) {
+    return (a % n + n) % n;
+}
+int floorDiv(int a, int n) {
+    return a >= 0 ? a / n : -((-a + n - 1) / n);
+}
 
 const int kNaturalClass[7] = {0, 2, 4, 5, 7, 9, 11};
 
 // Position `i` on the line of fifths, F = 0: F C G D A E B, then F# ...
 Pitch onLineOfFifths(int i) {
-    static const int kStep[7] = {3, 0, 4, 1, 5, 2, 6};  // F C G D A E B
+    static const int kStep[7] = {3, 0, 4, 1, 5, 2, 6}; // F C G D A E B
     return {kStep[mod(i, 7)], floorDiv(i, 7)};
 }
 
@@ -87,11 +91,15 @@ const ShapeRow kOpenShapes[] = {
     {2, "minor-sixth", {{x, x, 0, 2, 0, 1}}},
 };
 
-}  // namespace
+} // namespace
 
-Pitch tonic(Key k) { return onLineOfFifths(k.fifths + (k.minor ? 4 : 1)); }
+Pitch tonic(Key k) {
+    return onLineOfFifths(k.fifths + (k.minor ? 4 : 1));
+}
 
-std::string keyName(Key k) { return noteName(tonic(k)) + (k.minor ? " minor" : " major"); }
+std::string keyName(Key k) {
+    return noteName(tonic(k)) + (k.minor ? " minor" : " major");
+}
 
 Key shapesKey(Key concert, int fret) {
     int f = mod(concert.fifths - 7 * fret, 12);
@@ -147,5 +155,5 @@ const CapoChoice& bestCapo(const std::vector<CapoChoice>& ranked) {
     return ranked.front();
 }
 
-}  // namespace musicxml
-}  // namespace hostsim
+} // namespace musicxml
+} // namespace hostsim

@@ -13,7 +13,7 @@ namespace hostsim {
 namespace musicxml {
 
 Pitch tonic(Key k);
-std::string keyName(Key k);  // "Bb major", "F# minor"
+std::string keyName(Key k); // "Bb major", "F# minor"
 
 // The concert key moved down by `fret` semitones, in the form with fewer
 // accidentals; at six, the sharp form.
@@ -40,7 +40,7 @@ struct ConcertChord {
     std::string kind;     // MusicXML's kind value
     bool hasBass = false; // a slash chord: never an open shape
     Pitch bass;
-    Key key;              // the concert key in force at it
+    Key key; // the concert key in force at it
     int measure = 0;
 };
 // The chord's name as the player reads it with the capo at `fret`.
@@ -48,9 +48,9 @@ std::string shapeName(const ConcertChord& c, int fret);
 
 struct CapoChoice {
     int fret = 0;
-    Key shapes;       // the key of the shapes at the first chord
-    int open = 0;     // chords that become open shapes
-    std::vector<size_t> hard;  // indexes of the chords that do not
+    Key shapes;               // the key of the shapes at the first chord
+    int open = 0;             // chords that become open shapes
+    std::vector<size_t> hard; // indexes of the chords that do not
 };
 // No capo and frets 1 to 7, best first (most open shapes; the lower fret on
 // a tie).
@@ -58,7 +58,7 @@ std::vector<CapoChoice> rankCapos(const std::vector<ConcertChord>& chords);
 // The best of frets 1 to 7 in `ranked`.
 const CapoChoice& bestCapo(const std::vector<CapoChoice>& ranked);
 
-}  // namespace musicxml
-}  // namespace hostsim
+} // namespace musicxml
+} // namespace hostsim
 
 #endif

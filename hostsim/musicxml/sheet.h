@@ -42,9 +42,9 @@ struct Label {
 struct Part {
     std::string id, name;
     std::vector<xmlNodePtr> measures;
-    std::vector<Key> keys;      // in force per measure
-    xmlNodePtr capo = nullptr;  // <capo> of the first measure's attributes
-    bool ownsCapo = false;      // read back with capo chords, or written by us
+    std::vector<Key> keys;     // in force per measure
+    xmlNodePtr capo = nullptr; // <capo> of the first measure's attributes
+    bool ownsCapo = false;     // read back with capo chords, or written by us
     int capoFret = 0;
     std::vector<xmlNodePtr> capoNodes; // capo chords in the tree: removed before every write
     std::vector<CapoChord> capoChords;

@@ -93,7 +93,8 @@ const char* const kAfterFrame[] = {"offset", "footnote", "level", "staff"};
 // the concert chord's would show the wrong fingering.
 void setFrame(xmlNodePtr copy, Pitch shapeRoot, const ChordFields& f, bool wanted) {
     xmlNodePtr old = child(copy, "frame");
-    const OpenShape* shape = (wanted || old) && f.bassStep < 0 ? openShape(shapeRoot, kindValue(f.kind)) : nullptr;
+    const OpenShape* shape =
+        (wanted || old) && f.bassStep < 0 ? openShape(shapeRoot, kindValue(f.kind)) : nullptr;
     if (shape) {
         xmlNodePtr frame = frameOf(*shape);
         xmlNodePtr before = old;
@@ -113,7 +114,8 @@ xmlNodePtr capoCopy(const Harmony& source, const ChordRecord& c, Key concert, bo
     const Pitch root = shapeOf({f.rootStep, f.rootAlter}, concert, c.fret());
     if (xmlNodePtr r = child(copy, "root")) setPitch(r, "root-step", "root-alter", root);
     if (xmlNodePtr bass = child(copy, "bass"); bass && f.bassStep >= 0)
-        setPitch(bass, "bass-step", "bass-alter", shapeOf({f.bassStep, f.bassAlter}, concert, c.fret()));
+        setPitch(bass, "bass-step", "bass-alter",
+                 shapeOf({f.bassStep, f.bassAlter}, concert, c.fret()));
     setFrame(copy, root, f, diagrams);
     xmlSetProp(copy, X("type"), X("alternate"));
     xmlSetProp(copy, X("default-y"), X(tenthsOf(c.vertical).c_str()));
@@ -165,7 +167,8 @@ xmlNodePtr labelDirection(Part& p, uint16_t block) {
 } // namespace
 
 void writeCapoChords(const Sheet& s, Part& p, int staff, bool diagrams) {
-    for (xmlNodePtr n : p.capoNodes) drop(n);
+    for (xmlNodePtr n : p.capoNodes)
+        drop(n);
     p.capoNodes.clear();
     int fret = 0;
     for (int m = 1; m <= s.measures; ++m) {

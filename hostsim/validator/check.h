@@ -14,10 +14,10 @@
 namespace validate {
 
 struct Plan {
-    std::string bundle;  // the plug-in bundle under test
-    uint64_t seed = 1;   // the run's seed; each check derives its own from it
-    int level = 5;       // 1..10: how many scores, fault points, repetitions
-    int timeoutSeconds = 0;  // the watchdog's limit for every check; 0: each check's own
+    std::string bundle;     // the plug-in bundle under test
+    uint64_t seed = 1;      // the run's seed; each check derives its own from it
+    int level = 5;          // 1..10: how many scores, fault points, repetitions
+    int timeoutSeconds = 0; // the watchdog's limit for every check; 0: each check's own
 };
 
 // A number in [low, high] from `r`. The standard distributions and shuffle
@@ -64,9 +64,9 @@ class Context {
 };
 
 struct Check {
-    std::string name;                     // group/case, used by --only
+    std::string name; // group/case, used by --only
     std::function<void(Context&)> run;
-    int timeoutSeconds = 60;              // the watchdog's limit for this check
+    int timeoutSeconds = 60; // the watchdog's limit for this check
 };
 using Checks = std::vector<Check>;
 
@@ -88,6 +88,6 @@ void addMissingChecks(const Plan& plan, Checks& out);
 // Every check of the plan, in the order they run.
 Checks allChecks(const Plan& plan);
 
-}  // namespace validate
+} // namespace validate
 
 #endif

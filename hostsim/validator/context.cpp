@@ -28,13 +28,15 @@ int pick(std::mt19937_64& r, int low, int high) {
     // Draws past the last whole multiple of the span are drawn again, so that
     // every number is equally likely.
     const uint64_t limit = UINT64_MAX - UINT64_MAX % span;
-    uint64_t x;
-    do x = r();
-    while (x >= limit);
+    uint64_t x = r();
+    while (x >= limit)
+        x = r();
     return static_cast<int>(low + static_cast<int64_t>(x % span));
 }
 
-int Context::between(int low, int high) { return pick(random_, low, high); }
+int Context::between(int low, int high) {
+    return pick(random_, low, high);
+}
 
 void Context::send(const std::string& line) {
     std::string out = line;
@@ -61,8 +63,12 @@ bool Context::expect(bool ok, const std::string& what) {
     return ok;
 }
 
-void Context::count(const std::string& what, long n) { send("C " + what + " " + std::to_string(n)); }
+void Context::count(const std::string& what, long n) {
+    send("C " + what + " " + std::to_string(n));
+}
 
-void Context::done() { send("D"); }
+void Context::done() {
+    send("D");
+}
 
-}  // namespace validate
+} // namespace validate

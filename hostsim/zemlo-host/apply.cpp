@@ -327,12 +327,13 @@ namespace {
 
 // The bundled sample: an installed copy's, else the source tree's.
 std::string sampleScore() {
-    const std::string installed = hostsim::besideProgram({"../share/capochords/samples/lantern-road.musicxml"});
+    const std::string installed =
+        hostsim::besideProgram({"../share/capochords/samples/lantern-road.musicxml"});
     std::error_code ec;
     return std::filesystem::exists(installed, ec) ? installed : ZEMLO_SAMPLE_SCORE;
 }
 
-}  // namespace
+} // namespace
 
 int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
     const std::string path = a.score.empty() ? sampleScore() : a.score;

@@ -30,6 +30,6 @@ int applyCommand(hostsim::driver::InvokeFn invoke, const ApplyOptions& a);
 // key of the shapes and how many chords become open shapes. 0 on success.
 int suggestCommand(int argc, char** argv);
 
-}  // namespace zemlo
+} // namespace zemlo
 
 #endif

@@ -24,16 +24,18 @@ using hostsim::ui::utf8;
 constexpr int kMaxItems = 64;
 
 int usage() {
-    std::fprintf(stderr,
-                 "usage: zemlo-host [--bundle PATH] [--lang CODE] | --version\n"
-                 "       zemlo-host apply [SCORE.musicxml|.mxl] [--bundle PATH] [--lang CODE] [--capo N]\n"
-                 "                  [--distance X] [--unit evpus|inches|centimeters|points|picas|spaces]\n"
-                 "                  [--label TEXT | --no-label] [--chord-flag] [--remove]\n"
-                 "                  [--measures FIRST-LAST] [--staves FIRST-LAST] [--whole-document]\n"
-                 "                  [--records] [--diagrams] [-o OUT.musicxml]   (--capo auto: the advisor's fret)\n"
-                 "       zemlo-host suggest SCORE.musicxml|.mxl\n"
-                 "       zemlo-host validate [--bundle PATH] [--seed N] [--level 1..10] [--only REGEX]\n"
-                 "                  [--json FILE] [--timeout SECONDS] [--list]\n");
+    std::fprintf(
+        stderr,
+        "usage: zemlo-host [--bundle PATH] [--lang CODE] | --version\n"
+        "       zemlo-host apply [SCORE.musicxml|.mxl] [--bundle PATH] [--lang CODE] [--capo N]\n"
+        "                  [--distance X] [--unit evpus|inches|centimeters|points|picas|spaces]\n"
+        "                  [--label TEXT | --no-label] [--chord-flag] [--remove]\n"
+        "                  [--measures FIRST-LAST] [--staves FIRST-LAST] [--whole-document]\n"
+        "                  [--records] [--diagrams] [-o OUT.musicxml]   (--capo auto: the "
+        "advisor's fret)\n"
+        "       zemlo-host suggest SCORE.musicxml|.mxl\n"
+        "       zemlo-host validate [--bundle PATH] [--seed N] [--level 1..10] [--only REGEX]\n"
+        "                  [--json FILE] [--timeout SECONDS] [--list]\n");
     return 2;
 }
 
@@ -74,7 +76,8 @@ void printStartUp(const driver::StartUp& s) {
 
 int main(int argc, char** argv) {
     if (argc == 2 && !std::strcmp(argv[1], "--version")) {
-        std::printf("zemlo-host %s\nplug-in bundle: %s\n", ZEMLO_HOST_VERSION, hostsim::defaultBundlePath().c_str());
+        std::printf("zemlo-host %s\nplug-in bundle: %s\n", ZEMLO_HOST_VERSION,
+                    hostsim::defaultBundlePath().c_str());
         return 0;
     }
     if (argc > 1 && !std::strcmp(argv[1], "validate")) return validateCommand(argc, argv);

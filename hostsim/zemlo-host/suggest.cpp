@@ -21,7 +21,8 @@ int suggestCommand(int argc, char** argv) {
     std::string error;
     const std::unique_ptr<mx::LeadSheet> sheet = mx::LeadSheet::read(argv[2], &error);
     if (!sheet) {
-        std::fprintf(stderr, "zemlo-host: %s\n", error.empty() ? "cannot read the score" : error.c_str());
+        std::fprintf(stderr, "zemlo-host: %s\n",
+                     error.empty() ? "cannot read the score" : error.c_str());
         return 1;
     }
     const std::vector<mx::ConcertChord> chords = sheet->concertChords();
@@ -42,17 +43,20 @@ int suggestCommand(int argc, char** argv) {
     std::map<std::string, std::vector<int>> hard;
     for (size_t i : best.hard) {
         std::vector<int>& measures = hard[mx::shapeName(chords[i], best.fret)];
-        if (measures.empty() || measures.back() != chords[i].measure) measures.push_back(chords[i].measure);
+        if (measures.empty() || measures.back() != chords[i].measure)
+            measures.push_back(chords[i].measure);
     }
-    std::printf("Still hard with %s:", best.fret ? ("capo " + std::to_string(best.fret)).c_str() : "no capo");
+    std::printf("Still hard with %s:",
+                best.fret ? ("capo " + std::to_string(best.fret)).c_str() : "no capo");
     if (hard.empty()) std::printf(" none");
     for (const auto& [name, measures] : hard) {
         std::string at;
-        for (int m : measures) at += (at.empty() ? "m" : ", m") + std::to_string(m);
+        for (int m : measures)
+            at += (at.empty() ? "m" : ", m") + std::to_string(m);
         std::printf(" %s (%s)", name.c_str(), at.c_str());
     }
     std::printf("\n");
     return 0;
 }
 
-}  // namespace zemlo
+} // namespace zemlo

@@ -29,9 +29,7 @@ class Plugin {
     template <class F> F function(const char* name) const {
         return reinterpret_cast<F>(symbol(name));
     }
-    template <class T> T* variable(const char* name) const {
-        return static_cast<T*>(symbol(name));
-    }
+    template <class T> T* variable(const char* name) const { return static_cast<T*>(symbol(name)); }
 
   private:
     std::string bundle_;
@@ -50,6 +48,6 @@ std::string besideProgram(std::initializer_list<const char*> relative);
 // it (`../lib/capochords`), else where the build tree does (`..`).
 std::string defaultBundlePath();
 
-}  // namespace hostsim
+} // namespace hostsim
 
 #endif
