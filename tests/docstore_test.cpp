@@ -118,20 +118,6 @@ TEST_F(Store, RawTextsAreSizedInUnitsAndLoadsStopAtTheCapacity) {
     }
 }
 
-// A text block whose text is empty: its raw text record holds no units.
-TEST_F(Store, AnEmptyRawTextLoadsWithSizeZeroAndLeavesTheBufferAlone) {
-    doc::putText(doc::kRawText, {3, 0, 0}, u"");
-    for (int32_t capacity : {0, 1, 256}) {
-        Guarded buf(static_cast<size_t>(capacity) * 2 + 2, 0xEE);
-        int32_t size = capacity;
-        EDataID at{3, 0, 0};
-        ASSERT_EQ(FX_LoadEData(static_cast<int32_t>(doc::kRawText), &at, buf.data(), &size, FXT_VERSION), 1);
-        EXPECT_EQ(size, 0);
-        EXPECT_EQ(buf.bytes(), std::vector<uint8_t>(buf.size(), 0xEE)) << capacity;
-        EXPECT_TRUE(buf.intact());
-    }
-}
-
 TEST_F(Store, LoadOfAMissingRecordFailsAndLeavesTheBufferAlone) {
     doc::put(doc::kMeasure, {4, 0, 0}, std::vector<uint8_t>(30, 0x44));
     for (EDataID id : {EDataID{5, 0, 0}, EDataID{-1, 0, 0}}) {
@@ -160,78 +146,6 @@ TEST_F(Store, PlainKindsStoreOnSaveAndRefuseACreateOverARecord) {
     // Element records ignore the third number, which the layer does not set.
     doc::put(doc::elementTag('2', '1'), {-2, 0, 0}, std::vector<uint8_t>(12, 9));
     EXPECT_TRUE(doc::get(doc::elementTag('2', '1'), {-2, 0, 1234}));
-}
-
-TEST_F(Store, PreviousAndNextWalkAKindAndSayWhereTheyAre) {
-    for (int16_t i = 0; i < 3; ++i) doc::put(doc::kFontName, {i, 0, 0}, std::vector<uint8_t>(4, static_cast<uint8_t>(i + 1)));
-    doc::put(doc::kMeasure, {0, 0, 0}, std::vector<uint8_t>(4, 0x77));  // another kind, not met
-    std::vector<uint8_t> seen;
-    EDataID id{-1, 0, 0};
-    uint8_t buf[4];
-    while (FX_NextEData(static_cast<int32_t>(doc::kFontName), &id, buf, 4, FXT_VERSION)) seen.push_back(buf[0]);
-    EXPECT_EQ(seen, (std::vector<uint8_t>{1, 2, 3}));
-    EXPECT_EQ(id.first, 2);
-    ASSERT_EQ(FX_PreviousEData(static_cast<int32_t>(doc::kFontName), &id, buf, 4, FXT_VERSION), 1);
-    EXPECT_EQ(id.first, 1);
-    EXPECT_EQ(buf[0], 2);
-}
-
-// Stepping onto an empty record, and building a score over an empty measure
-// record: there is nothing to copy, and the sanitizers stop a copy from a
-// record that has no bytes.
-TEST_F(Store, EmptyRecordsAreSteppedOntoAndBuiltOverWithoutACopy) {
-    doc::put(doc::kFontName, {1, 0, 0}, {});
-    doc::put(doc::kFontName, {2, 0, 0}, std::vector<uint8_t>(4, 0x22));
-    uint8_t buf[4] = {0xEE, 0xEE, 0xEE, 0xEE};
-    EDataID id{0, 0, 0};
-    ASSERT_EQ(FX_NextEData(static_cast<int32_t>(doc::kFontName), &id, buf, 4, FXT_VERSION), 1);
-    EXPECT_EQ(id.first, 1);
-    EXPECT_EQ(buf[0], 0xEE);
-    id = {3, 0, 0};
-    ASSERT_EQ(FX_PreviousEData(static_cast<int32_t>(doc::kFontName), &id, buf, 4, FXT_VERSION), 1);
-    ASSERT_EQ(FX_PreviousEData(static_cast<int32_t>(doc::kFontName), &id, buf, 4, FXT_VERSION), 1);
-    EXPECT_EQ(id.first, 1);
-    EXPECT_EQ(buf[0], 0x22) << "the empty record copied nothing over the last one read";
-
-    hostsim::score::Score s(1, 2);
-    doc::put(doc::kMeasure, {2, 0, 0}, {});
-    s.chordFlag(2, true);
-    hostsim::score::MeasureRecord expected;
-    expected.chordFlags = hostsim::score::kMeasureChordFlag;
-    std::vector<uint8_t> bytes(sizeof expected);
-    std::memcpy(bytes.data(), &expected, sizeof expected);
-    EXPECT_EQ(doc::get(doc::kMeasure, {2, 0, 0}), bytes);
-}
-
-TEST_F(Store, EveryCallIsLoggedAndTheDocumentComparesByteForByte) {
-    doc::put(doc::kChord, {1, 1, 0}, chord(1));
-    const doc::Document before = doc::snapshot();
-    EXPECT_EQ(save(doc::kChord, {1, 1, 1}, chord(2)), 1);
-    EXPECT_EQ(save(doc::kChord, {1, 1, 5}, chord(3)), 0);
-    const doc::Document after = doc::snapshot();
-    EXPECT_NE(before, after);
-    EXPECT_EQ(doc::difference(before, after), "SDCh (1, 1, 1): only in the second");
-    ASSERT_EQ(doc::ops().size(), 2u);
-    EXPECT_TRUE(doc::ops()[0].ok);
-    EXPECT_FALSE(doc::ops()[1].ok);
-    EXPECT_EQ(doc::ops()[1].id.third, 5);
-    EXPECT_EQ(doc::countOps(Op::Save, doc::kChord), 2u);
-    doc::restore(before);
-    EXPECT_EQ(doc::snapshot(), before);
-    EXPECT_EQ(doc::difference(before, doc::snapshot()), "");
-    hostsim::reset();
-    EXPECT_EQ(doc::recordCount(), 0u);
-    EXPECT_TRUE(doc::ops().empty());
-}
-
-TEST_F(Store, AProgrammedResultTakesTheStoresPlace) {
-    doc::put(doc::kMeasure, {1, 0, 0}, std::vector<uint8_t>(30, 5));
-    uint8_t buf[30] = {};
-    int32_t size = 30;
-    EDataID id{1, 0, 0};
-    hostsim::setResult(Fx::FX_LoadEData, 0);
-    EXPECT_EQ(FX_LoadEData(static_cast<int32_t>(doc::kMeasure), &id, buf, &size, FXT_VERSION), 0);
-    EXPECT_EQ(buf[0], 0);  // the store was not asked
 }
 
 TEST_F(Store, FramesAreHandedOutBehindGuardsAndTakenBack) {
