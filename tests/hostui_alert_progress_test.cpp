@@ -50,14 +50,6 @@ TEST_F(Alerts, AnswerFromTheScriptThenOkAndAreRecorded) {
     EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
 }
 
-TEST_F(Alerts, WithoutTextIsAnErrorButStillAnswered) {
-    ui::scriptAlerts({2});
-    EXPECT_EQ(FX_AlertMessage(nullptr, 64, 0, nullptr, FXT_VERSION), 2);
-    EXPECT_EQ(FX_AlertMessage_UTF16(nullptr, 64, 0, nullptr, FXT_VERSION), 1);
-    EXPECT_EQ(errorKinds(), std::vector<ErrorKind>(2, ErrorKind::BadArgument));
-    EXPECT_EQ(ui::alerts().size(), 2u);
-}
-
 // Runs one display of `calls` progress calls with the arguments a run over
 // staves and measures passes, and answers what the display said.
 std::vector<int16_t> runDisplay(int calls, int16_t cancelledFlag) {
@@ -99,26 +91,6 @@ TEST_F(ProgressDisplay, CancelsAtTheScriptedStepAndEveryStepAfter) {
         }
         EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
     }
-}
-
-TEST_F(ProgressDisplay, ScriptServesSuccessiveDisplaysInOrder) {
-    ui::scriptProgress({0, 2});
-    EXPECT_EQ(runDisplay(3, 0), (std::vector<int16_t>{1, 1, 1}));
-    EXPECT_EQ(runDisplay(3, 1), (std::vector<int16_t>{1, 0, 0}));
-    EXPECT_EQ(runDisplay(3, 0), (std::vector<int16_t>{1, 1, 1}));  // beyond the script
-    ASSERT_EQ(ui::progress().size(), 3u);
-    EXPECT_NE(ui::progress()[0].handle, ui::progress()[1].handle);
-    EXPECT_EQ(ui::progress()[1].cancelled, 1);
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-}
-
-TEST_F(ProgressDisplay, ObserverSeesStartEveryCallAndEnd) {
-    std::vector<size_t> seen;
-    ui::setProgressObserver(
-        [&](const ui::Progress& p) { seen.push_back(p.calls.size() + p.ended); });
-    ui::scriptProgress({2});
-    runDisplay(3, 1);
-    EXPECT_EQ(seen, (std::vector<size_t>{0, 1, 2, 3, 4}));
 }
 
 TEST_F(ProgressDisplay, MisuseIsRecorded) {

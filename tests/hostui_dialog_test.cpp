@@ -150,52 +150,6 @@ TEST_F(HostDialog, StepsOnUnknownDisabledHiddenOrUnfitControlsAreRefused) {
     }
 }
 
-// Enable state as the handler leaves it after each step.
-TEST_F(HostDialog, EnableStateFollowsTheRemovalAndLabelBoxes) {
-    struct Expect {
-        std::vector<int16_t> enabled, disabled;
-    };
-    const Expect removing{{1, 2, 11}, {4, 6, 8, 9, 10}};
-    const Expect all{{1, 2, 4, 6, 8, 9, 10, 11}, {}};
-    const Expect noLabel{{1, 2, 4, 6, 8, 9, 11}, {10}};
-    auto check = [](const Expect& e) {
-        return ui::peek([e](const ui::DialogRun& r) {
-            for (int16_t n : e.enabled) EXPECT_TRUE(r.control(n)->enabled) << "control " << n;
-            for (int16_t n : e.disabled) EXPECT_FALSE(r.control(n)->enabled) << "control " << n;
-        });
-    };
-    ui::scriptDialog({check(all), ui::click(11), check(removing), ui::click(11), check(all),
-                      ui::click(9), check(noLabel), ui::click(11), check(removing),
-                      ui::click(11), check(noLabel), ui::click(1)});
-    Settings s;
-    hostui::showSettings(&s);
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-    EXPECT_EQ(ui::dialogs()[0].stepsPlayed, 12u);
-    EXPECT_EQ(s.showLabel, 0);
-    EXPECT_EQ(s.remove, 0);
-}
-
-TEST_F(HostDialog, FocusChangesAreRecordedWithTheirSource) {
-    // A fret of 0 is put back by the handler, which moves the focus to it again.
-    ui::scriptDialog({ui::type(4, "0"), ui::type(6, "3"), ui::click(9), ui::click(1)});
-    Settings s;
-    s.fret = 6;
-    hostui::showSettings(&s);
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-    const ui::DialogRun& r = ui::dialogs()[0];
-    ASSERT_EQ(r.focus.size(), 4u);
-    const std::pair<int16_t, Source> expected[] = {
-        {4, Source::Handler}, {4, Source::User}, {4, Source::Handler}, {6, Source::User}};
-    for (size_t i = 0; i < 4; ++i) {
-        EXPECT_EQ(r.focus[i].control, expected[i].first) << i;
-        EXPECT_EQ(r.focus[i].source, expected[i].second) << i;
-    }
-    EXPECT_EQ(r.focused, 6);  // a check box click does not take the focus
-    EXPECT_EQ(s.fret, 6);
-    EXPECT_EQ(r.control(4)->value, 6);
-    EXPECT_EQ(ui::utf8(r.control(4)->text), "6");
-}
-
 TEST_F(HostDialog, FocusOnADisabledControlIsAnError) {
     hostui::withOpenDialog([](OpaqueCocoaWindow* d) {
         FX_EnableDlgItem(d, 4, 0, FXT_VERSION);
@@ -205,17 +159,6 @@ TEST_F(HostDialog, FocusOnADisabledControlIsAnError) {
     EXPECT_EQ(errorKinds(),
               (std::vector<ErrorKind>{ErrorKind::BadArgument, ErrorKind::UnknownControl}));
     EXPECT_TRUE(ui::dialogs()[0].focus.empty());
-}
-
-// Steps after the end are dropped; a late one still reaches the handler.
-TEST_F(HostDialog, StepsAfterTheEndAreDroppedUnlessLate) {
-    ui::scriptDialog({ui::click(1), ui::press(2), ui::late(ui::press(1))});
-    Settings s;
-    hostui::showSettings(&s);
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();  // the handler ignores a late OK
-    EXPECT_EQ(ui::dialogs()[0].stepsLeft, 1u);
-    EXPECT_EQ(ui::dialogs()[0].sent.size(), 3u);
-    EXPECT_EQ(ui::dialogs()[0].sent.back().wParam, 1);
 }
 
 int gCalls = 0;
@@ -254,55 +197,6 @@ TEST_F(HostDialog, FailedCallShowsNothingAndKeepsTheScript) {
     EXPECT_EQ(s.fret, 3);
     EXPECT_EQ(s.confirmed, 1);
     EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-}
-
-// A behaviour that wraps the host's own dialog with other arguments: the
-// handler sees the user data the wrapper passed, and the rest of the run
-// (script, close box, item calls) is the host's as usual.
-std::vector<void*> gUserData;
-bool recordingUserData(OpaqueCocoaWindow* d, uint32_t msg, int64_t w, int64_t, void* user) {
-    gUserData.push_back(user);
-    if (msg == 273 && (w == 1 || w == 2)) FX_EndDialog(d, FXT_VERSION);
-    return true;
-}
-
-TEST_F(HostDialog, ServeRunsTheBuiltInBehaviourForAWrappingHandler) {
-    gUserData.clear();
-    hostsim::setHandler(hostsim::Fx::FX_Dialog, [](hostsim::Call& c) {
-        c.args[4] = 0;
-        return ui::serve(c);
-    });
-    auto show = [](Settings* s) {
-        return FX_Dialog(20009, reinterpret_cast<void*>(&recordingUserData), hostui::parentTag(), 0x3001, s,
-                         FXT_VERSION);
-    };
-    ui::scriptDialog({ui::press(4), ui::click(1)});
-    Settings s;
-    void* h = show(&s);
-    ASSERT_NE(h, nullptr);
-    ASSERT_EQ(ui::dialogs().size(), 1u);
-    EXPECT_EQ(ui::dialogs()[0].userData, nullptr);
-    EXPECT_EQ(static_cast<void*>(ui::dialogs()[0].handle), h);
-    EXPECT_EQ(ui::dialogs()[0].ending, ui::Ending::Handler);
-    EXPECT_EQ(gUserData, (std::vector<void*>{nullptr, nullptr, nullptr}));
-    // Without the wrapper the same call passes the settings again.
-    hostsim::setHandler(hostsim::Fx::FX_Dialog, nullptr);
-    gUserData.clear();
-    ui::scriptDialog({ui::click(2)});
-    show(&s);
-    EXPECT_EQ(gUserData, (std::vector<void*>{&s, &s}));
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-}
-
-TEST_F(HostDialog, ServeAnswersZeroForFunctionsOutsideTheUserInterface) {
-    hostsim::doc::putText(hostsim::doc::kRawText, {1, 0, 0}, u"abc");
-    uint16_t buffer[4] = {0x5A5A, 0x5A5A, 0x5A5A, 0x5A5A};
-    EDataID id = {1, 0, 0};
-    int32_t size = 4;
-    hostsim::setHandler(hostsim::Fx::FX_LoadEData, [](hostsim::Call& c) { return ui::serve(c); });
-    EXPECT_EQ(FX_LoadEData(0x7478626C, &id, buffer, &size, FXT_VERSION), 0);
-    EXPECT_EQ(buffer[0], 0x5A5A);
-    EXPECT_TRUE(ui::dialogs().empty());
 }
 
 }  // namespace

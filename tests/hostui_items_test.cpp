@@ -52,23 +52,6 @@ TEST_F(DialogItems, ValueKindsFitTheirControls) {
     }
 }
 
-TEST_F(DialogItems, NumberFieldReadsTheNumberItsTextBeginsWith) {
-    const std::pair<const char*, int32_t> cases[] = {
-        {"  12abc", 12}, {"-3", -3}, {"", 0}, {"x1", 0}, {"2147483648", INT32_MAX},
-        {"-2147483649", INT32_MIN}};
-    hostui::withOpenDialog([&](OpaqueCocoaWindow* d) {
-        for (auto [text, number] : cases) {
-            FX_SetDlgString(d, 4, const_cast<char*>(text), FXT_VERSION);
-            EXPECT_EQ(FX_GetDlgItemVal(d, 4, 3, FXT_VERSION), number) << text;
-        }
-        FX_SetDlgItemVal(d, 4, 3, -250, FXT_VERSION);
-        char back[16];
-        FX_GetDlgString(d, 4, back, sizeof back, FXT_VERSION);
-        EXPECT_STREQ(back, "-250");
-    });
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-}
-
 // The getters write at most `limit` units: limit - 1 of text and a 0.
 template <class Unit>
 void checkCapacity(void (*get)(void*, int16_t, void*, int16_t, uint32_t),
@@ -101,16 +84,10 @@ void checkCapacity(void (*get)(void*, int16_t, void*, int16_t, uint32_t),
     }
 }
 
-void get8(void* d, int16_t i, void* b, int16_t l, uint32_t v) { FX_GetDlgString(d, i, b, l, v); }
-void set8(void* d, int16_t i, void* t, uint32_t v) { FX_SetDlgString(d, i, t, v); }
 void get16(void* d, int16_t i, void* b, int16_t l, uint32_t v) {
     FX_GetDlgString_UTF16(d, i, b, l, v);
 }
 void set16(void* d, int16_t i, void* t, uint32_t v) { FX_SetDlgString_UTF16(d, i, t, v); }
-
-TEST_F(DialogItems, EightBitGetterFillsLimitBytesTerminatorIncluded) {
-    checkCapacity<char>(get8, set8);
-}
 
 TEST_F(DialogItems, SixteenBitGetterFillsLimitUnitsTerminatorIncluded) {
     checkCapacity<char16_t>(get16, set16);
@@ -132,31 +109,6 @@ TEST_F(DialogItems, GetterWithoutRoomOrBufferWritesNothing) {
     EXPECT_EQ(units[0], u'a');
     EXPECT_EQ(errorKinds(), std::vector<ErrorKind>(6, ErrorKind::BadArgument));
     EXPECT_EQ(ui::dialogs()[0].text8(6), "text");  // a null text leaves the control alone
-}
-
-// A pair is never cut in two; the 8-bit calls see the text in Mac Roman.
-TEST_F(DialogItems, SurrogatePairIsNeverCutInTwoAndEightBitIsMacRoman) {
-    const char16_t text[] = u"ab\U0001F600";  // a, b, then a pair
-    const std::pair<int16_t, std::u16string> cases[] = {
-        {3, u"ab"}, {4, u"ab"}, {5, u"ab\U0001F600"}, {6, u"ab\U0001F600"}};
-    char bytes[32] = {};
-    char16_t units[32] = {};
-    hostui::withOpenDialog([&](OpaqueCocoaWindow* d) {
-        FX_SetDlgString_UTF16(d, 6, const_cast<char16_t*>(u"Caf\u00E9 \u20AC\u4E2D"), FXT_VERSION);
-        FX_GetDlgString(d, 6, bytes, 32, FXT_VERSION);
-        FX_SetDlgString(d, 6, const_cast<char*>("\x8E\xFF"), FXT_VERSION);
-        FX_GetDlgString_UTF16(d, 6, units, 32, FXT_VERSION);
-        FX_SetDlgString_UTF16(d, 10, const_cast<char16_t*>(text), FXT_VERSION);
-        for (const auto& [limit, expected] : cases) {
-            char16_t out[8];
-            std::fill(std::begin(out), std::end(out), u'#');
-            FX_GetDlgString_UTF16(d, 10, out, limit, FXT_VERSION);
-            EXPECT_EQ(std::u16string(out), expected) << "limit " << limit;
-        }
-    });
-    EXPECT_STREQ(bytes, "Caf\x8E \xDB?");
-    EXPECT_EQ(std::u16string(units), u"\u00E9\u02C7");
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
 }
 
 // Every item call on a dialog that ended, or on something that never was a
