@@ -216,21 +216,6 @@ TEST_F(SettingsDialog, OkReadsEveryControlAndCancelConfirmsNothing) {
 
 // ---- Messages the handler leaves alone -------------------------------------
 
-TEST_F(SettingsDialog, OnlyFiveControlsAreTakenCareOf) {
-    CapoSettings s;
-    const ui::DialogRun& r = show(
-        s, {ui::press(6), ui::press(8), ui::press(10), ui::press(3), ui::press(0), ui::press(12),
-            ui::message(273, (int64_t{1} << 32) | 1, 0), ui::message(274, 1, 0),
-            ui::message(273, 2, 1)});
-    ASSERT_EQ(r.sent.size(), 10u);
-    EXPECT_TRUE(r.sent[0].answer) << "272";
-    for (size_t i = 1; i <= 8; ++i) EXPECT_FALSE(r.sent[i].answer) << "message " << i;
-    EXPECT_TRUE(r.sent[9].answer) << "Cancel, whatever lParam holds";
-    EXPECT_EQ(r.ending, ui::Ending::Handler);
-    EXPECT_EQ(s.confirmed, 0);
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-}
-
 // Before initialisation and after the end, commands answer true and touch
 // nothing: any call on the ended dialog would be an error of the host. Null
 // user data gets no answer at all.

@@ -119,26 +119,6 @@ TEST_F(Entry, EnumerationAtZeroAndBelowFillsAboveAnswersNothing) {
     EXPECT_EQ(hostsim::count(Fx::FX_AlertMessage), 0u);
 }
 
-// The wrapper keeps only the low 16 bits of the index, read with their sign.
-TEST_F(Entry, WrapperCutsTheIndexToSixteenBits) {
-    load(kMenuTable);
-    ASSERT_EQ(bind(), 1);
-    auto enumerate = fn<ExtEnumerateFn>("Ext_enumerate_UTF16");
-    struct {
-        int32_t index;
-        int32_t result;
-    } cases[] = {{0, 1},      {65535, 1},      {65536, 1},  {65537, 0},          {-1, 1},
-                 {1, 0},      {-65536, 1},     {131073, 0}, {0x7FFFFFFF, 1},     {INT32_MIN, 1},
-                 {32767, 0},  {32768, 1},      {98303, 0}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.index);
-        Record r;
-        EXPECT_EQ(enumerate(nullptr, c.index, r.bytes), c.result);
-        if (c.result) expectFilled(r, u"Capo Chords", u"Second", u"Undo Capo");
-        else EXPECT_TRUE(r == Record());
-    }
-}
-
 TEST_F(Entry, LongMenuTextIsCutAndTheNextFieldStaysIntact) {
     std::string longText(200, 'C');
     load(entry("20000", longText) + entry("20001", "Second") + entry("20002", "Undo Capo"));
@@ -147,35 +127,6 @@ TEST_F(Entry, LongMenuTextIsCutAndTheNextFieldStaysIntact) {
     EXPECT_EQ(r.text(0), std::u16string(127, u'C'));
     EXPECT_EQ(r.unit(0, 127), 0);
     expectField(r, 1, u"Second");
-}
-
-TEST_F(Entry, InitClearsTheHostsValue) {
-    load();
-    auto init = fn<InitFn>("ZemloExtensionInit");
-    auto extInit = fn<ExtInitFn>("Ext_init");
-    for (int32_t before : {0x12345678, -1, 0, INT32_MIN}) {
-        int32_t v = before;
-        EXPECT_EQ(init(nullptr, &v), 1);
-        EXPECT_EQ(v, 0) << before;
-        v = before;
-        EXPECT_EQ(extInit(nullptr, &v), 1);
-        EXPECT_EQ(v, 0) << before;
-    }
-    EXPECT_EQ(init(nullptr, nullptr), 1);
-}
-
-TEST_F(Entry, VersionAndStatusWhateverIsAsked) {
-    load();
-    auto version = fn<VersionFn>("ZemloExtensionVersion");
-    auto extVersion = fn<VersionFn>("Ext_getversion");
-    for (uint32_t asked : {0u, 1u, 0x19500000u, 0x20000000u, 0xFFFFFFFFu}) {
-        EXPECT_EQ(version(asked), 0x19500000u) << asked;
-        EXPECT_EQ(extVersion(asked), 0x19500000u) << asked;
-    }
-    auto status = fn<StatusFn>("ZemloExtensionGetMenuStatus");
-    auto extStatus = fn<ExtStatusFn>("Ext_getmenustatus");
-    for (int16_t item : {-32768, -1, 0, 1, 32767}) EXPECT_EQ(status(item), 1) << item;
-    for (int32_t item : {-1, 0, 65536, 65537, INT32_MAX, INT32_MIN}) EXPECT_EQ(extStatus(item), 1) << item;
 }
 
 // A host that passes no arguments gets 0 from main and no binding; the

@@ -56,12 +56,6 @@ size_t capoChords(const score::Score& s, int fret = -1) {
     return n;
 }
 
-// The label text as the command writes it in this host: no font definition
-// 14, no font named Times New Roman.
-std::vector<std::u16string> label(const char16_t* text) {
-    return {u"^font(,0)^nfx(2)^size(12)" + std::u16string(text)};
-}
-
 // The calls that mark the steps of a run, by name; loads only of ot12.
 std::vector<std::string> steps() {
     const Fx marked[] = {Fx::FX_Dialog,       Fx::FX_StartZemloEdit_UTF16, Fx::FX_StartZemloEdit,
@@ -271,69 +265,9 @@ TEST_F(Invoke, FretSixtyFourChangesNothingAndIsRemembered) {
          ui::press(2)});
 }
 
-// Label blocks removed, no chord record changed: the notice shows, and
-// cancelling the edit brings the blocks back.
-TEST_F(Invoke, RemovalThatFindsOnlyLabelBlocksIsUndone) {
-    score_->textBlock(1, 1, -200, 194, u"Capo 3").textBlock(2, 1, -200, 194, u"Capo 3");
-    original_ = doc::snapshot();
-    int16_t removedDuringTheRun = -1;
-    ui::setProgressObserver([&](const ui::Progress& p) {
-        if (p.ended)
-            removedDuringTheRun =
-                static_cast<int16_t>(2 - score::texts(1, 1).size() - score::texts(2, 1).size());
-    });
-    EXPECT_EQ(run({ui::click(11), ui::press(1)}), 0);
-    EXPECT_EQ(removedDuringTheRun, 2) << "the application removed both blocks";
-    ASSERT_EQ(ui::alerts().size(), 1u);
-    EXPECT_EQ(ui::alerts()[0].text, kNothingChanged);
-    EXPECT_EQ(edits::all().back().state, edits::State::Cancelled);
-    EXPECT_EQ(doc::difference(original_, doc::snapshot()), "");
-}
-
 // ---- A run that changes the score ----------------------------------------------
 
-TEST_F(Invoke, CommittedRunAddsCapoChordsAndCanBeUndone) {
-    EXPECT_EQ(run({ui::type(4, "3"), ui::press(1)}), 1);
-    EXPECT_TRUE(ui::alerts().empty());
-    EXPECT_EQ(editDepth(), 0);
-    ASSERT_EQ(edits::all().size(), 1u);
-    EXPECT_EQ(edits::all()[0].state, edits::State::Committed);
-    EXPECT_EQ(edits::all()[0].name, "Capo Chords");
-    EXPECT_EQ(capoChords(*score_, 3), 3u);
-    EXPECT_EQ(score::texts(1, 1), label(u"Capo 3"));
-    EXPECT_EQ(score::texts(2, 1), label(u"Capo 3"));
-    const doc::Document afterFirst = doc::snapshot();
-
-    // Through the other entry point, another fret: updated in place.
-    ui::scriptDialog({ui::type(4, "5"), ui::press(1)});
-    EXPECT_EQ(extInvoke_(parentTag(), 0, &selection_, &whole_), 1);
-    EXPECT_EQ(capoChords(*score_), 3u);
-    EXPECT_EQ(capoChords(*score_, 5), 3u);
-    EXPECT_EQ(score::texts(1, 1), label(u"Capo 5"));
-
-    // The host's Undo takes back one run at a time.
-    EXPECT_TRUE(edits::undo());
-    EXPECT_EQ(doc::difference(afterFirst, doc::snapshot()), "");
-    EXPECT_TRUE(edits::undo());
-    EXPECT_EQ(doc::difference(original_, doc::snapshot()), "");
-}
-
 // ---- Hosts without some functions ---------------------------------------------
-
-TEST_F(Invoke, WithoutTheAlertFunctionNoSelectionEndsAtTheQuestion) {
-    hostsim::setPresent(Fx::FX_AlertMessage_UTF16, false);
-    EXPECT_EQ(run({ui::press(1)}, /*selected=*/false), 0);
-    EXPECT_TRUE(ui::dialogs().empty());
-    EXPECT_TRUE(edits::all().empty());
-    EXPECT_EQ(doc::snapshot(), original_);
-}
-
-TEST_F(Invoke, WithoutTheDialogFunctionNothingIsConfirmed) {
-    hostsim::setPresent(Fx::FX_Dialog, false);
-    EXPECT_EQ(run({}), 0);
-    EXPECT_TRUE(edits::all().empty());
-    EXPECT_EQ(doc::snapshot(), original_);
-}
 
 TEST_F(Invoke, DialogThatIsNotShownConfirmsNothingEvenAfterAConfirmedRun) {
     EXPECT_EQ(run({ui::press(1)}), 1);
