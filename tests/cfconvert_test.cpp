@@ -95,26 +95,6 @@ TEST(CFConvert, GetBytesUtf8) {
     }
 }
 
-// Without a buffer: the bytes needed; the limit counts only with a buffer; a
-// range past the end converts nothing.
-TEST(CFConvert, GetBytesMeasuresWithoutABuffer) {
-    CFStringRef s = make(u"a\u20AC\xD83D\xDE00");
-    const struct {
-        CFIndex from, length;
-        CFStringEncoding encoding;
-        CFIndex limit, consumed, used;
-    } cases[] = {{0, 4, kCFStringEncodingUTF8, 0, 4, 8}, {0, 4, kCFStringEncodingMacRoman, 1, 4, 4},
-                 {1, 1, kCFStringEncodingUTF8, 0, 1, 3}, {3, 2, kCFStringEncodingUTF8, 0, 0, 0}};
-    for (const auto& c : cases) {
-        CFIndex used = -1;
-        EXPECT_EQ(CFStringGetBytes(s, CFRangeMake(c.from, c.length), c.encoding, '?', false,
-                                   nullptr, c.limit, &used),
-                  c.consumed);
-        EXPECT_EQ(used, c.used) << c.from << "+" << c.length;
-    }
-    CFRelease(s);
-}
-
 TEST(CFConvert, EveryMacRomanByteComesBack) {
     for (int b = 1; b < 256; ++b) {
         const char text[2] = {static_cast<char>(b), 0};
@@ -130,15 +110,6 @@ TEST(CFConvert, EveryMacRomanByteComesBack) {
         EXPECT_EQ(back, b);
         CFRelease(s);
     }
-}
-
-TEST(CFConvert, MaximumSizeForEncoding) {
-    EXPECT_EQ(CFStringGetMaximumSizeForEncoding(10, kCFStringEncodingUTF8), 30);
-    EXPECT_EQ(CFStringGetMaximumSizeForEncoding(10, kCFStringEncodingMacRoman), 10);
-    EXPECT_EQ(CFStringGetMaximumSizeForEncoding(0, kCFStringEncodingMacRoman), 0);
-    EXPECT_EQ(CFStringGetMaximumSizeForEncoding(LONG_MAX / 2, kCFStringEncodingUTF8), kCFNotFound);
-    EXPECT_EQ(CFStringGetMaximumSizeForEncoding(-1, kCFStringEncodingUTF8), kCFNotFound);
-    EXPECT_EQ(CFStringGetMaximumSizeForEncoding(1, 0x7777), kCFNotFound);  // unknown encoding
 }
 
 }  // namespace

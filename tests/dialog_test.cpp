@@ -166,31 +166,6 @@ TEST_F(SettingsDialog, RemovalBoxDisablesAndEnablesExactlyItsControls) {
 
 // ---- OK and Cancel ----------------------------------------------------------
 
-TEST_F(SettingsDialog, OkReadsTheDistanceInTheUsersUnit) {
-    struct {
-        int16_t unit;
-        const char* text;
-        int16_t evpu;
-    } cases[] = {
-        {2, "1.5", 432},     {2, "0.1", 29},      {6, "0.51", 12},       {1, "abc", 64},
-        {1, "", 64},         {1, "-5", 64},       {1, "2.5", 3},         {1, "2.4999", 2},
-        {3, "1", 113},       {5, "1.333", 64},    {2, "0.0017", 0},      {1, "32767", 32767},
-        {1, "32768", 32767}, {2, "113.7", 32746}, {2, "113.8", 32767},   {2, "800", 32767},
-        {1, "12345678901", 64},                   {7, "64", 6},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(std::to_string(c.unit) + " \"" + c.text + "\"");
-        putUnitPreference(c.unit);
-        CapoSettings s;
-        s.vertOffset = 500;
-        show(s, {ui::type(6, c.text), ui::press(1)});
-        EXPECT_EQ(s.confirmed, 1);
-        EXPECT_EQ(s.vertOffset, c.evpu);
-        EXPECT_STREQ(s.vertOffsetText, c.text) << "the text stays as typed";
-        EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-    }
-}
-
 TEST_F(SettingsDialog, OkReadsEveryControlAndCancelConfirmsNothing) {
     CapoSettings s = labelled(u"Capo 1");
     const ui::DialogRun& r = show(s, {ui::type(4, "7"), ui::type(6, "2.5"), ui::click(8),
