@@ -118,36 +118,6 @@ TEST_F(Store, RawTextsAreSizedInUnitsAndLoadsStopAtTheCapacity) {
     }
 }
 
-TEST_F(Store, LoadOfAMissingRecordFailsAndLeavesTheBufferAlone) {
-    doc::put(doc::kMeasure, {4, 0, 0}, std::vector<uint8_t>(30, 0x44));
-    for (EDataID id : {EDataID{5, 0, 0}, EDataID{-1, 0, 0}}) {
-        Guarded buf(30, 0xEE);
-        int32_t size = 30;
-        EXPECT_EQ(FX_LoadEData(static_cast<int32_t>(doc::kMeasure), &id, buf.data(), &size, FXT_VERSION), 0);
-        EXPECT_EQ(buf.bytes(), std::vector<uint8_t>(30, 0xEE));
-        EXPECT_EQ(size, 30);
-    }
-    Guarded buf(30);
-    int32_t size = 30;
-    EDataID four{4, 0, 0};
-    EXPECT_EQ(FX_LoadEData(static_cast<int32_t>(doc::kMeasure), &four, buf.data(), &size, FXT_VERSION), 1);
-    EXPECT_EQ(buf.bytes(), std::vector<uint8_t>(30, 0x44));
-}
-
-TEST_F(Store, PlainKindsStoreOnSaveAndRefuseACreateOverARecord) {
-    std::vector<uint8_t> name(1036, 0x33);
-    EDataID font{7, 0, 0};
-    EXPECT_EQ(FX_CreateEData(static_cast<int32_t>(doc::kFontName), &font, name.data(), 1036, FXT_VERSION), 1);
-    EXPECT_EQ(FX_CreateEData(static_cast<int32_t>(doc::kFontName), &font, name.data(), 1036, FXT_VERSION), 0);
-    EXPECT_EQ(save(doc::kMeasure, {9, 0, 0}, std::vector<uint8_t>(30, 1)), 1);
-    EXPECT_EQ(save(doc::kMeasure, {9, 0, 0}, std::vector<uint8_t>(30, 2)), 1);
-    EXPECT_EQ((*doc::get(doc::kMeasure, {9, 0, 0}))[0], 2);
-    EXPECT_EQ(doc::list(doc::kMeasure).size(), 1u);
-    // Element records ignore the third number, which the layer does not set.
-    doc::put(doc::elementTag('2', '1'), {-2, 0, 0}, std::vector<uint8_t>(12, 9));
-    EXPECT_TRUE(doc::get(doc::elementTag('2', '1'), {-2, 0, 1234}));
-}
-
 TEST_F(Store, FramesAreHandedOutBehindGuardsAndTakenBack) {
     std::vector<uint8_t> entries(2 * doc::kEntryBytes, 0x10);
     doc::putFrame({1, 2, 3, 4, 5}, entries);

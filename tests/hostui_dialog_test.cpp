@@ -29,42 +29,6 @@ std::vector<Msg> messagesOf(const ui::DialogRun& r) {
     return out;
 }
 
-TEST_F(HostDialog, OkReadsBackWhatTheScriptEntered) {
-    ui::scriptDialog({ui::type(4, "5"), ui::type(6, "2.5"), ui::click(8), ui::type(10, "Capo V"),
-                      ui::click(1)});
-    Settings s;
-    void* h = hostui::showSettings(&s);
-    ASSERT_NE(h, nullptr);
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-    ASSERT_EQ(ui::dialogs().size(), 1u);
-    const ui::DialogRun& r = ui::dialogs()[0];
-    EXPECT_EQ(static_cast<void*>(r.handle), h);
-    EXPECT_EQ(r.number, 20009);
-    EXPECT_EQ(r.parent, hostui::parentTag());
-    EXPECT_EQ(r.flags, 0x3001);
-    EXPECT_EQ(r.userData, &s);
-    EXPECT_EQ(r.ending, ui::Ending::Handler);
-    EXPECT_FALSE(r.closedByHost);
-    EXPECT_EQ(r.stepsPlayed, 5u);
-
-    EXPECT_EQ(s.confirmed, 1);
-    EXPECT_EQ(s.fret, 5);
-    EXPECT_STREQ(s.distance, "2.5");
-    EXPECT_EQ(s.chordFlag, 1);
-    EXPECT_EQ(s.showLabel, 1);
-    EXPECT_EQ(std::u16string(s.label), u"Capo V");
-    EXPECT_EQ(s.remove, 0);
-
-    const std::vector<Msg> expected = {
-        {272, 0, Source::Host, true},     {273, 4, Source::Script, true},
-        {273, 6, Source::Script, false},  {273, 8, Source::Script, false},
-        {273, 10, Source::Script, false}, {273, 1, Source::Script, true}};
-    EXPECT_EQ(messagesOf(r), expected);
-    // The handle reached the handler with every message: the handler's calls landed.
-    EXPECT_EQ(ui::utf8(r.control(7)->text), "EVPUs");
-    EXPECT_EQ(ui::utf8(r.control(3)->text), "Capo fret:");  // caption from the bundle's file
-}
-
 TEST_F(HostDialog, ScriptRunningOutClosesTheWindowWithCancel) {
     Settings s;
     ASSERT_NE(hostui::showSettings(&s), nullptr);
@@ -159,44 +123,6 @@ TEST_F(HostDialog, FocusOnADisabledControlIsAnError) {
     EXPECT_EQ(errorKinds(),
               (std::vector<ErrorKind>{ErrorKind::BadArgument, ErrorKind::UnknownControl}));
     EXPECT_TRUE(ui::dialogs()[0].focus.empty());
-}
-
-int gCalls = 0;
-void* showWith(int16_t number, FF_DialogHandlerProcPtr handler) {
-    return FX_Dialog(number, reinterpret_cast<void*>(handler), nullptr, 0, nullptr, FXT_VERSION);
-}
-bool counting(OpaqueCocoaWindow*, uint32_t, int64_t, int64_t, void*) {
-    ++gCalls;
-    return true;
-}
-
-TEST_F(HostDialog, WithoutDescriptionAnswersNullAndNeverCallsTheHandler) {
-    gCalls = 0;
-    EXPECT_EQ(showWith(20010, &counting), nullptr);
-    EXPECT_EQ(errorKinds(), std::vector<ErrorKind>{ErrorKind::NoDescription});
-    hostsim::reset();  // no folder at all
-    EXPECT_EQ(showWith(20009, &counting), nullptr);
-    EXPECT_EQ(gCalls, 0);
-    EXPECT_EQ(errorKinds(), std::vector<ErrorKind>{ErrorKind::NoDescription});
-    EXPECT_TRUE(ui::dialogs().empty());
-    // Nor without a handler.
-    hostui::HostUi::SetUp();
-    EXPECT_EQ(FX_Dialog(20009, nullptr, nullptr, 0, nullptr, FXT_VERSION), nullptr);
-    EXPECT_EQ(errorKinds(), std::vector<ErrorKind>{ErrorKind::BadArgument});
-}
-
-// A host call that fails runs no dialog and leaves the script to the next one.
-TEST_F(HostDialog, FailedCallShowsNothingAndKeepsTheScript) {
-    hostsim::failCall(hostsim::Fx::FX_Dialog, 1);
-    ui::scriptDialog({ui::type(4, "3"), ui::click(1)});
-    Settings s;
-    EXPECT_EQ(hostui::showSettings(&s), nullptr);
-    EXPECT_TRUE(ui::dialogs().empty());
-    EXPECT_EQ(s.confirmed, 0);
-    EXPECT_NE(hostui::showSettings(&s), nullptr);
-    EXPECT_EQ(s.fret, 3);
-    EXPECT_EQ(s.confirmed, 1);
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
 }
 
 }  // namespace

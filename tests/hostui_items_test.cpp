@@ -17,41 +17,6 @@ using DialogItems = HostUi;
 
 constexpr uint8_t kGuard = 0xA5;
 
-TEST_F(DialogItems, ValueKindsFitTheirControls) {
-    struct Case {
-        int16_t control, kind;
-        int32_t set, read;
-        bool fits;
-    };
-    const Case cases[] = {
-        {8, 1, 1, 1, true},           {8, 1, 0, 0, true},
-        {8, 1, 5, 1, true},           {8, 1, -1, 1, true},  // a check box is on or off
-        {4, 3, -7, -7, true},         {4, 3, INT32_MAX, INT32_MAX, true},
-        {4, 3, INT32_MIN, INT32_MIN, true},
-        {4, 1, 1, 0, false},          {8, 3, 1, 0, false},  // kind and control disagree
-        {8, 2, 1, 0, false},          {4, 0, 1, 0, false},  // kinds the host lacks
-        {6, 3, 1, 0, false},          {7, 1, 1, 0, false},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << "control " << c.control << " kind " << c.kind
-                                        << " value " << c.set);
-        hostsim::reset();
-        HostUi::SetUp();
-        int32_t read = -99;
-        hostui::withOpenDialog([&](OpaqueCocoaWindow* d) {
-            FX_SetDlgItemVal(d, c.control, c.kind, c.set, FXT_VERSION);
-            read = FX_GetDlgItemVal(d, c.control, c.kind, FXT_VERSION);
-        });
-        EXPECT_EQ(read, c.read);
-        if (c.fits) {
-            EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-        } else {
-            EXPECT_EQ(errorKinds(),
-                      (std::vector<ErrorKind>{ErrorKind::BadArgument, ErrorKind::BadArgument}));
-        }
-    }
-}
-
 // The getters write at most `limit` units: limit - 1 of text and a 0.
 template <class Unit>
 void checkCapacity(void (*get)(void*, int16_t, void*, int16_t, uint32_t),
@@ -91,24 +56,6 @@ void set16(void* d, int16_t i, void* t, uint32_t v) { FX_SetDlgString_UTF16(d, i
 
 TEST_F(DialogItems, SixteenBitGetterFillsLimitUnitsTerminatorIncluded) {
     checkCapacity<char16_t>(get16, set16);
-}
-
-TEST_F(DialogItems, GetterWithoutRoomOrBufferWritesNothing) {
-    char buffer[4] = {'a', 'b', 'c', 'd'};
-    char16_t units[2] = {u'a', u'b'};
-    hostui::withOpenDialog([&](OpaqueCocoaWindow* d) {
-        FX_SetDlgString(d, 6, const_cast<char*>("text"), FXT_VERSION);
-        FX_GetDlgString(d, 6, buffer, 0, FXT_VERSION);
-        FX_GetDlgString(d, 6, buffer, -1, FXT_VERSION);
-        FX_GetDlgString_UTF16(d, 6, units, 0, FXT_VERSION);
-        FX_GetDlgString(d, 6, nullptr, 10, FXT_VERSION);
-        FX_SetDlgString(d, 6, nullptr, FXT_VERSION);
-        FX_SetDlgString_UTF16(d, 6, nullptr, FXT_VERSION);
-    });
-    EXPECT_EQ(std::string(buffer, 4), "abcd");
-    EXPECT_EQ(units[0], u'a');
-    EXPECT_EQ(errorKinds(), std::vector<ErrorKind>(6, ErrorKind::BadArgument));
-    EXPECT_EQ(ui::dialogs()[0].text8(6), "text");  // a null text leaves the control alone
 }
 
 // Every item call on a dialog that ended, or on something that never was a
