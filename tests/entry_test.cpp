@@ -19,14 +19,7 @@ using namespace testing_support;
 namespace {
 
 using MainFn = int (*)(int, char**);
-using VersionFn = uint32_t (*)(uint32_t);
-using InitFn = int16_t (*)(void*, int32_t*);
-using ExtInitFn = int32_t (*)(void*, int32_t*);
 using EnumerateFn = int16_t (*)(void*, int16_t, void*);
-using ExtEnumerateFn = int32_t (*)(void*, int32_t, void*);
-using StatusFn = int16_t (*)(int16_t);
-using ExtStatusFn = int32_t (*)(int32_t);
-using TerminateFn = void (*)(void*);
 
 // The host's menu item record: longer than the 772 bytes the plug-in fills.
 constexpr size_t kRecord = 1024;
@@ -145,26 +138,6 @@ TEST_F(Entry, MainWithoutArgumentsBindsNothingAndTheRestStillAnswers) {
     expectFilled(r, u"Capo Chords", u"Second", u"Undo Capo");
     EXPECT_EQ(m(1, argv), 1);
     EXPECT_NE(*plugin_->variable<void*>("gZemloBundle"), nullptr);
-}
-
-// The whole start-up of the real bundle as the host runs it.
-TEST_F(Entry, HostStartUpOfTheBuiltBundle) {
-    load();
-    EXPECT_EQ(*plugin_->variable<int32_t>("ZemloVersion"), 2010);
-    EXPECT_EQ(*plugin_->variable<int16_t>("transposed"), 0);
-    ASSERT_EQ(bind(), 1);
-    auto enumerate = fn<EnumerateFn>("ZemloExtensionEnumerate_UTF16");
-    Record item;
-    ASSERT_EQ(enumerate(nullptr, 0, item.bytes), 1);
-    EXPECT_EQ(item.text(0), u"Capo Chords\u2026");
-    for (size_t field = 1; field < 3; ++field) EXPECT_FALSE(item.text(field).empty()) << field;
-    fn<TerminateFn>("ZemloExtensionTerminate")(nullptr);
-    fn<TerminateFn>("Ext_terminate")(nullptr);
-    // Termination keeps everything: the item is still there afterwards.
-    Record again;
-    EXPECT_EQ(enumerate(nullptr, 0, again.bytes), 1);
-    EXPECT_TRUE(again == item);
-    EXPECT_EQ(hostsim::count(Fx::FX_AlertMessage), 0u);
 }
 
 // zemlo-host copied into an application layout whose Resources hold the

@@ -146,23 +146,6 @@ TEST_F(Forwarders, WithoutHostFunctionEachAnswersItsFixedValueAndReachesNothing)
     EXPECT_TRUE(hostsim::calls().empty());
 }
 
-TEST_F(Forwarders, NonZeroFixedValuesAreThoseOfTheInterface) {
-    hostsim::setAllPresent(false);
-    Probe p;
-    ASSERT_TRUE(p.ready());
-    const std::pair<Fx, int64_t> expected[] = {
-        {Fx::FX_FontNameToNum, -1},         {Fx::FX_FontNameToNum_UTF16, -1},
-        {Fx::FX_ProcessMidiData, -1},       {Fx::FX_ProcessMidiDataNoSplit, -1},
-        {Fx::FX_CountParts, -1},            {Fx::FX_GetCurrentPartID, -1},
-        {Fx::FX_GetNextPartID, -1},         {Fx::FX_GetPlaybackSystem, -1},
-        {Fx::FX_GetTextEncoding, -2},       {Fx::FX_GetMaxLayers, 4},
-    };
-    for (auto [fx, value] : expected) {
-        const Row& r = rows()[static_cast<int>(fx)];
-        EXPECT_EQ(static_cast<int64_t>(r.call(p).result), value) << r.name;
-    }
-}
-
 TEST_F(Forwarders, WithHostFunctionArgumentsPassUnchangedInOrderStampLast) {
     Probe p;
     ASSERT_TRUE(p.ready());

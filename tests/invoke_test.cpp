@@ -128,16 +128,6 @@ class Invoke : public ::testing::Test {
 
 // ---- Before the dialog ----------------------------------------------------
 
-TEST_F(Invoke, OnlyMenuItemZeroRuns) {
-    hostsim::clearCalls();
-    EXPECT_EQ(invoke_(parentTag(), 1, &selection_, &whole_), 0);
-    EXPECT_EQ(extInvoke_(parentTag(), 65537, &selection_, &whole_), 0) << "cut to item 1";
-    EXPECT_TRUE(hostsim::calls().empty()) << "no alert, no dialog, no edit";
-    EXPECT_EQ(doc::snapshot(), original_);
-    EXPECT_EQ(run({}, true, -1), 0);  // items below 0 run: the dialog shows
-    EXPECT_EQ(ui::dialogs().size(), 1u);
-}
-
 TEST_F(Invoke, NoSelectionAsksAndOkWorksOnTheWholeDocument) {
     ui::scriptAlerts({1});
     EXPECT_EQ(run({ui::press(1)}, /*selected=*/false), 1);
