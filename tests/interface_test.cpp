@@ -147,40 +147,24 @@ const std::map<std::string, DefRow>& defRows() {
     return rows;
 }
 
-// "(int32_t a1, void* a2, uint32_t ver)" as "int32 ptr"; the stamp must end it.
-std::string typesOf(const std::string& params, std::string* names) {
+// A parameter list ("(int32_t a1, void* a2, uint32_t ver)") or a list of
+// kinds ("(I32, PTR, VER)") in the documentation's words ("int32 ptr"); the
+// stamp must end it. The names of a parameter list go to *names.
+std::string wordsOf(const std::string& list, std::string* names = nullptr) {
     static const std::map<std::string, std::string> words = {
-        {"int16_t", "int16"}, {"uint16_t", "uint16"}, {"int32_t", "int32"},
-        {"void*", "ptr"},     {"bool", "bool"},       {"double", "double"}};
+        {"int16_t", "int16"}, {"uint16_t", "uint16"}, {"int32_t", "int32"}, {"void*", "ptr"},
+        {"bool", "bool"},     {"double", "double"},   {"I16", "int16"},     {"U16", "uint16"},
+        {"I32", "int32"},     {"PTR", "ptr"},         {"BOOL", "bool"},     {"DBL", "double"},
+        {"VOID", "-"},        {"uint32_t", "stamp"},  {"VER", "stamp"}};
     std::string out;
-    const auto parts = split(params.substr(1, params.size() - 2), ',');
+    const auto parts = split(list.substr(1, list.size() - 2), ',');
     for (size_t i = 0; i < parts.size(); ++i) {
         const std::string p = trim(parts[i]);
-        const size_t cut = p.find_last_of(' ');
-        const std::string type = p.substr(0, cut), name = p.substr(cut + 1);
-        *names += (i ? ", " : "") + name;
-        if (i + 1 == parts.size()) {
-            if (type != "uint32_t" || name != "ver") return "no stamp last";
-            continue;
-        }
-        out += (out.empty() ? "" : " ") + (words.count(type) ? words.at(type) : "?" + type);
-    }
-    return out;
-}
-
-std::string kindsOf(const std::string& kinds) {
-    static const std::map<std::string, std::string> words = {
-        {"I16", "int16"}, {"U16", "uint16"}, {"I32", "int32"}, {"PTR", "ptr"},
-        {"BOOL", "bool"}, {"DBL", "double"}, {"VOID", "-"}};
-    std::string out;
-    const auto parts = split(kinds.substr(1, kinds.size() - 2), ',');
-    for (size_t i = 0; i < parts.size(); ++i) {
-        const std::string k = trim(parts[i]);
-        if (i + 1 == parts.size()) {
-            if (k != "VER") return "no stamp last";
-            continue;
-        }
-        out += (out.empty() ? "" : " ") + (words.count(k) ? words.at(k) : "?" + k);
+        const size_t cut = names ? p.find_last_of(' ') : p.size();
+        if (names) *names += (i ? ", " : "") + p.substr(cut + 1);
+        const std::string w = words.count(p.substr(0, cut)) ? words.at(p.substr(0, cut)) : "?" + p;
+        if ((w == "stamp") != (i + 1 == parts.size())) return "not the stamp last";
+        if (w != "stamp") out += (out.empty() ? "" : " ") + w;
     }
     return out;
 }
@@ -202,10 +186,10 @@ TEST(Interface, EveryHostFunctionAsDocumented) {
         ASSERT_NE(it, left.end()) << "not in the table";
         const DefRow& r = it->second;
         std::string names;
-        EXPECT_EQ(typesOf(r.params, &names), args) << "parameters";
+        EXPECT_EQ(wordsOf(r.params, &names), args) << "parameters";
         EXPECT_EQ("(" + names + ")", std::string(r.args)) << "arguments passed on";
-        EXPECT_EQ(kindsOf(r.kinds), args) << "kinds";
-        EXPECT_EQ(kindsOf("(" + std::string(r.result) + ", VER)"), result) << "result";
+        EXPECT_EQ(wordsOf(r.kinds), args) << "kinds";
+        EXPECT_EQ(wordsOf("(" + std::string(r.result) + ", VER)"), result) << "result";
         const bool answered = missing == "\" \"" || missing == "zeros";
         const std::string zero = missing == "null" || missing == "false" || missing == "-" ||
                                          missing == "zeros" ? "0" : missing;
