@@ -1,5 +1,5 @@
-// Alerts answered from a script, and the progress display that cancels at
-// the scenario's step, each recorded call by call.
+// The progress display that cancels at the scenario's step, recorded call by
+// call, and its misuse.
 #include "hostui_support.h"
 
 #include <tuple>
@@ -10,45 +10,7 @@ using ui::ErrorKind;
 
 namespace {
 
-using Alerts = HostUi;
 using ProgressDisplay = HostUi;
-
-void* tag(uintptr_t v) { return reinterpret_cast<void*>(v); }
-
-int16_t alert16(void* parent, uint16_t kind, const char16_t* text) {
-    return FX_AlertMessage_UTF16(parent, kind, 0, const_cast<char16_t*>(text), FXT_VERSION);
-}
-
-TEST_F(Alerts, AnswerFromTheScriptThenOkAndAreRecorded) {
-    ui::scriptAlerts({2, 0});
-    EXPECT_EQ(alert16(tag(0x10), 33, u"Whole document?"), 2);
-    EXPECT_EQ(FX_AlertMessage(nullptr, 64, 7, const_cast<char*>("Caf\x8E"), FXT_VERSION), 0);
-    EXPECT_EQ(alert16(tag(0x30), 48, u"\U0001F3B8 \u00E9"), 1);  // script used up: OK
-    EXPECT_EQ(alert16(nullptr, 64, u""), 1);
-
-    struct Expected {
-        bool utf16;
-        void* parent;
-        uint16_t kind;
-        int32_t third;
-        const char* text;
-        int16_t answer;
-    };
-    const Expected expected[] = {
-        {true, tag(0x10), 33, 0, "Whole document?", 2},
-        {false, nullptr, 64, 7, "Caf\xC3\xA9", 0},
-        {true, tag(0x30), 48, 0, "\xF0\x9F\x8E\xB8 \xC3\xA9", 1},
-        {true, nullptr, 64, 0, "", 1},
-    };
-    ASSERT_EQ(ui::alerts().size(), 4u);
-    for (size_t i = 0; i < 4; ++i) {
-        const ui::Alert& a = ui::alerts()[i];
-        const Expected& e = expected[i];
-        EXPECT_EQ(std::tie(a.utf16, a.parent, a.kind, a.third, a.text, a.answer),
-                  std::tie(e.utf16, e.parent, e.kind, e.third, e.text, e.answer)) << i;
-    }
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-}
 
 // Runs one display of `calls` progress calls with the arguments a run over
 // staves and measures passes, and answers what the display said.

@@ -5,7 +5,6 @@
 
 #include "hostsim/document.h"
 
-#include <tuple>
 
 namespace ui = hostsim::ui;
 using hostui::HostUi;
@@ -16,49 +15,6 @@ using ui::Source;
 namespace {
 
 using HostDialog = HostUi;
-
-// message, wParam, source, answer
-using Msg = std::tuple<uint32_t, int64_t, Source, bool>;
-
-std::vector<Msg> messagesOf(const ui::DialogRun& r) {
-    std::vector<Msg> out;
-    for (const ui::Sent& s : r.sent) {
-        EXPECT_EQ(s.lParam, 0);
-        out.emplace_back(s.message, s.wParam, s.source, s.answer);
-    }
-    return out;
-}
-
-TEST_F(HostDialog, ScriptRunningOutClosesTheWindowWithCancel) {
-    Settings s;
-    ASSERT_NE(hostui::showSettings(&s), nullptr);
-    const ui::DialogRun& r = ui::dialogs()[0];
-    const std::vector<Msg> expected = {{272, 0, Source::Host, true},
-                                       {273, 2, Source::CloseBox, true}};
-    EXPECT_EQ(messagesOf(r), expected);
-    EXPECT_TRUE(r.closedByHost);
-    EXPECT_EQ(r.ending, ui::Ending::Handler);
-    EXPECT_EQ(s.confirmed, 0);
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-}
-
-bool neverEnds(OpaqueCocoaWindow*, uint32_t, int64_t, int64_t, void*) { return true; }
-
-TEST_F(HostDialog, HandlerThatNeverEndsTheDialogIsAnError) {
-    ui::scriptDialog({ui::click(1)});
-    void* h = FX_Dialog(20009, reinterpret_cast<void*>(&neverEnds), nullptr, 0, nullptr,
-                        FXT_VERSION);
-    EXPECT_NE(h, nullptr);
-    const ui::DialogRun& r = ui::dialogs()[0];
-    EXPECT_EQ(r.ending, ui::Ending::ForcedByHost);
-    EXPECT_TRUE(r.closedByHost);
-    EXPECT_EQ(r.sent.size(), 3u);  // 272, OK, the close box
-    EXPECT_EQ(errorKinds(), std::vector<ErrorKind>{ErrorKind::NeverEnded});
-    // Forced to an end all the same: the handle is dead.
-    FX_EndDialog(h, FXT_VERSION);
-    EXPECT_EQ(errorKinds(),
-              (std::vector<ErrorKind>{ErrorKind::NeverEnded, ErrorKind::EndedDialog}));
-}
 
 // A step a user could not take is refused: recorded, not performed, no message.
 struct Refusal {
@@ -112,17 +68,6 @@ TEST_F(HostDialog, StepsOnUnknownDisabledHiddenOrUnfitControlsAreRefused) {
         EXPECT_EQ(std::u16string(s.label), u"Capo 1");
         EXPECT_EQ(s.confirmed, 1);  // the steps after it still ran
     }
-}
-
-TEST_F(HostDialog, FocusOnADisabledControlIsAnError) {
-    hostui::withOpenDialog([](OpaqueCocoaWindow* d) {
-        FX_EnableDlgItem(d, 4, 0, FXT_VERSION);
-        FX_SetDlgFocus(d, 4, FXT_VERSION);
-        FX_SetDlgFocus(d, 13, FXT_VERSION);
-    });
-    EXPECT_EQ(errorKinds(),
-              (std::vector<ErrorKind>{ErrorKind::BadArgument, ErrorKind::UnknownControl}));
-    EXPECT_TRUE(ui::dialogs()[0].focus.empty());
 }
 
 }  // namespace

@@ -15,49 +15,6 @@ namespace {
 
 using DialogItems = HostUi;
 
-constexpr uint8_t kGuard = 0xA5;
-
-// The getters write at most `limit` units: limit - 1 of text and a 0.
-template <class Unit>
-void checkCapacity(void (*get)(void*, int16_t, void*, int16_t, uint32_t),
-                   void (*set)(void*, int16_t, void*, uint32_t)) {
-    constexpr size_t kBefore = 8, kRoom = 400;
-    for (int16_t limit : {1, 2, 10, 255, 256}) {
-        for (size_t length : {size_t{0}, size_t{1}, size_t(limit - 1), size_t(limit),
-                              size_t(limit + 1), size_t{300}}) {
-            SCOPED_TRACE(testing::Message() << "limit " << limit << " length " << length);
-            std::vector<Unit> text(length, Unit('x'));
-            text.push_back(0);
-            std::vector<uint8_t> raw((kBefore + kRoom) * sizeof(Unit), kGuard);
-            Unit* buffer = reinterpret_cast<Unit*>(raw.data()) + kBefore;
-            hostui::withOpenDialog([&](OpaqueCocoaWindow* d) {
-                set(d, 10, text.data(), FXT_VERSION);
-                get(d, 10, buffer, limit, FXT_VERSION);
-            });
-            size_t copied = std::min(length, size_t(limit - 1));
-            const uint8_t* end = raw.data() + (kBefore + copied + 1) * sizeof(Unit);
-            for (size_t i = 0; i < copied; ++i) ASSERT_EQ(buffer[i], Unit('x')) << i;
-            EXPECT_EQ(buffer[copied], Unit(0));
-            for (const uint8_t* p = raw.data(); p < raw.data() + kBefore * sizeof(Unit); ++p)
-                ASSERT_EQ(*p, kGuard) << "before the buffer";
-            for (const uint8_t* p = end; p < raw.data() + raw.size(); ++p)
-                ASSERT_EQ(*p, kGuard) << "beyond the terminator at " << (p - raw.data());
-            EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-            hostsim::reset();
-            ui::setDialogFolder(std::string(CAPOCHORDS_BUNDLE) + "/Contents/Resources");
-        }
-    }
-}
-
-void get16(void* d, int16_t i, void* b, int16_t l, uint32_t v) {
-    FX_GetDlgString_UTF16(d, i, b, l, v);
-}
-void set16(void* d, int16_t i, void* t, uint32_t v) { FX_SetDlgString_UTF16(d, i, t, v); }
-
-TEST_F(DialogItems, SixteenBitGetterFillsLimitUnitsTerminatorIncluded) {
-    checkCapacity<char16_t>(get16, set16);
-}
-
 // Every item call on a dialog that ended, or on something that never was a
 // dialog: one error each, nothing changed, nothing written.
 TEST_F(DialogItems, CallsOnEndedOrUnknownDialogsAreErrorsAndDoNothing) {

@@ -241,20 +241,6 @@ TEST_F(Invoke, RunThatChangesNothingTellsTheUserAndCancelsTheEdit) {
     EXPECT_EQ(editDepth(), 0);
 }
 
-// The application refuses fret 64; the fret is remembered all the same.
-TEST_F(Invoke, FretSixtyFourChangesNothingAndIsRemembered) {
-    EXPECT_EQ(run({ui::type(4, "64"), ui::press(1)}), 0);
-    ASSERT_EQ(ui::alerts().size(), 1u);
-    EXPECT_EQ(ui::alerts()[0].kind, kNotice);
-    EXPECT_EQ(edits::all().back().state, edits::State::Cancelled);
-    EXPECT_EQ(doc::snapshot(), original_);
-    run({ui::peek([](const ui::DialogRun& r) {
-             EXPECT_EQ(r.text8(4), "64");
-             EXPECT_EQ(r.text8(10), "Capo 64");
-         }),
-         ui::press(2)});
-}
-
 // ---- A run that changes the score ----------------------------------------------
 
 // ---- Hosts without some functions ---------------------------------------------
