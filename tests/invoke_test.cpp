@@ -157,42 +157,6 @@ TEST_F(Invoke, NoSelectionAndCancelEndsAtTheQuestion) {
 
 // ---- The dialog -------------------------------------------------------------
 
-TEST_F(Invoke, FirstRunShowsTheDefaultsAndCancelChangesNothing) {
-    bool peeked = false;
-    EXPECT_EQ(run({ui::peek([&](const ui::DialogRun& r) {
-                       peeked = true;
-                       EXPECT_EQ(r.number, 20009);
-                       EXPECT_EQ(r.flags, 0x3001);
-                       EXPECT_EQ(r.parent, parentTag());
-                       EXPECT_EQ(r.text8(4), "1");
-                       EXPECT_EQ(r.text8(6), "64");
-                       EXPECT_EQ(r.text8(7), "Distance (EVPUs):");
-                       EXPECT_EQ(r.control(9)->value, 1);
-                       EXPECT_EQ(r.text8(10), "Capo 1");
-                       EXPECT_TRUE(r.control(10)->enabled);
-                       EXPECT_EQ(r.control(8)->value, 0);
-                       EXPECT_EQ(r.control(11)->value, 0);
-                   }),
-                   ui::press(2)}),
-              0);
-    EXPECT_TRUE(peeked);
-    EXPECT_EQ(steps(), std::vector<std::string>{"FX_Dialog"}) << "no edit after Cancel";
-    EXPECT_TRUE(ui::alerts().empty());
-    EXPECT_EQ(doc::snapshot(), original_);
-}
-
-// A host that does not report itself as Mach-O is warned when the handler is
-// wrapped and released, right around the dialog.
-TEST_F(Invoke, HostThatIsNotMachOIsWarnedAroundTheDialog) {
-    hostsim::setResult(Fx::FX_IsMachO, 0);
-    hostsim::clearCalls();
-    EXPECT_EQ(run({ui::press(2)}), 0);
-    const std::vector<std::string> expected = {"8-bit alert 48", "FX_Dialog", "8-bit alert 48"};
-    EXPECT_EQ(steps(), expected);
-    ASSERT_EQ(ui::alerts().size(), 2u);
-    EXPECT_EQ(ui::alerts()[1].text, "Should not get here!");
-}
-
 // What the user confirmed opens the next dialog; a cleared label comes back
 // as the default, and removal is always off again.
 TEST_F(Invoke, ConfirmedSettingsAreRememberedForTheNextRun) {
