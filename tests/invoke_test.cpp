@@ -157,32 +157,6 @@ TEST_F(Invoke, NoSelectionAndCancelEndsAtTheQuestion) {
 
 // ---- The dialog -------------------------------------------------------------
 
-// What the user confirmed opens the next dialog; a cleared label comes back
-// as the default, and removal is always off again.
-TEST_F(Invoke, ConfirmedSettingsAreRememberedForTheNextRun) {
-    putUnitPreference(6);  // spaces
-    EXPECT_EQ(run({ui::type(4, "5"), ui::type(6, "2.5"), ui::click(8), ui::type(10, ""),
-                   ui::click(11), ui::press(1)}),
-              0)
-        << "a removal over a score without capo chords changes nothing";
-    int16_t shownRemoval = -1;
-    EXPECT_EQ(run({ui::peek([&](const ui::DialogRun& r) {
-                       EXPECT_EQ(r.text8(4), "5");
-                       EXPECT_EQ(r.text8(6), "2.500");
-                       EXPECT_EQ(r.control(8)->value, 1);
-                       EXPECT_EQ(r.text8(10), "Capo 1") << "the default for a cleared label";
-                       shownRemoval = static_cast<int16_t>(r.control(11)->value);
-                       for (int16_t n : {4, 6, 8, 9}) EXPECT_TRUE(r.control(n)->enabled) << n;
-                   }),
-                   ui::press(2)}),
-              0);
-    EXPECT_EQ(shownRemoval, 0);
-
-    // A cancelled dialog is not remembered.
-    run({ui::type(4, "9"), ui::press(2)});
-    run({ui::peek([](const ui::DialogRun& r) { EXPECT_EQ(r.text8(4), "5"); }), ui::press(2)});
-}
-
 // ---- Runs that change nothing -------------------------------------------------
 
 TEST_F(Invoke, RunThatChangesNothingTellsTheUserAndCancelsTheEdit) {
