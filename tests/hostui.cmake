@@ -3,6 +3,5 @@
 capochords_test(hostui_test
   hostui_support.cpp
   hostui_dialog_test.cpp
-  hostui_items_test.cpp
   hostui_description_test.cpp
   hostui_alert_progress_test.cpp)

@@ -49,54 +49,6 @@ class TextBlocks : public CommandTest {
 
 std::u16string letters(size_t n, char16_t c = u'a') { return std::u16string(n, c); }
 
-// The raw text is read up to 256 units and always ends inside the buffer: a
-// text filling the whole limit runs off no end (the sanitizer would tell). A
-// block that cannot be read ends the search, even when a later one matches.
-TEST_F(TextBlocks, FindByPositionOrByTextFirstInIndexOrder) {
-    struct Block {
-        int16_t h, v;
-        std::u16string text;
-    };
-    struct Case {
-        const char* what;
-        std::vector<Block> blocks;
-        std::u16string search;
-        short expected;
-        uint32_t unreadable = 0;  // the kind of record of block 1 that cannot be read
-    };
-    const std::u16string capoAt256 = letters(252) + u"Capo" + letters(40, u'z');
-    const Case cases[] = {
-        {"no measure texts", {}, u"Capo", -1},
-        {"user's block first, ours second", {{0, 0, u"Allegro"}, {-200, 194, u"x"}}, u"Capo", 1},
-        {"position, whatever the text", {{-200, 194, u"tempo"}}, u"Capo", 0},
-        {"position needs both", {{-200, 195, u"tempo"}, {-199, 194, u"tempo"}}, u"Capo", -1},
-        {"text anywhere, wherever it sits", {{5, 5, u"a"}, {7, -7, u"^size(12)Capo 4"}}, u"Capo", 1},
-        {"text at the very end", {{5, 5, u"xxCapo"}}, u"Capo", 0},
-        {"text cut short", {{5, 5, u"xxCap"}}, u"Capo", -1},
-        {"first of two matches", {{5, 5, u"Capo"}, {-200, 194, u"y"}}, u"Capo", 0},
-        {"empty search text: position only", {{5, 5, u"Capo"}, {-200, 194, u""}}, u"", 1},
-        {"empty search text, no position", {{5, 5, u"Capo"}}, u"", -1},
-        {"text ending on the 256th unit", {{5, 5, capoAt256}}, u"Capo", 0},
-        {"text ending on the 257th unit", {{5, 5, u"a" + capoAt256}}, u"Capo", -1},
-        {"full buffer, longer search", {{5, 5, letters(256)}}, letters(256) + u"b", -1},
-        {"full buffer, whole search", {{5, 5, letters(256)}}, letters(256), 0},
-        {"text block unreadable", {{0, 0, u"x"}, {5, 5, u"Capo"}}, u"Capo", -1, doc::kTextBlock},
-        {"raw text unreadable", {{0, 0, u"x"}, {5, 5, u"Capo"}}, u"Capo", -1, doc::kRawText},
-        {"position test needs neither", {{-200, 194, u"x"}}, u"Capo", 0, doc::kRawText},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        hostsim::reset();
-        score::Score s(2, 2);
-        for (const Block& b : c.blocks) s.textBlock(2, 2, b.h, b.v, b.text);
-        s.textBlock(1, 2, -200, 194, u"Capo");  // another staff
-        if (c.unreadable) doc::erase(c.unreadable, {1, 0, 0});
-        const doc::Document before = doc::snapshot();
-        EXPECT_EQ(find(c.search, 2, 2, -200, 194), c.expected);
-        EXPECT_EQ(doc::difference(before, doc::snapshot()), "") << "a search changes nothing";
-    }
-}
-
 // The raw text of a block: the font command from the font given, its name
 // record, then the label as it is.
 TEST_F(TextBlocks, CreatedBlockTextStartsWithTheFontCommand) {
