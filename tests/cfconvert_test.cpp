@@ -95,21 +95,4 @@ TEST(CFConvert, GetBytesUtf8) {
     }
 }
 
-TEST(CFConvert, EveryMacRomanByteComesBack) {
-    for (int b = 1; b < 256; ++b) {
-        const char text[2] = {static_cast<char>(b), 0};
-        CFStringRef s = CFStringCreateWithCString(nullptr, text, kCFStringEncodingMacRoman);
-        ASSERT_NE(s, nullptr) << b;
-        ASSERT_EQ(CFStringGetLength(s), 1);
-        UInt8 back = 0;
-        CFIndex used = 0;
-        EXPECT_EQ(CFStringGetBytes(s, CFRangeMake(0, 1), kCFStringEncodingMacRoman, 0, false,
-                                   &back, 1, &used),
-                  1)
-            << "byte " << b;
-        EXPECT_EQ(back, b);
-        CFRelease(s);
-    }
-}
-
 }  // namespace

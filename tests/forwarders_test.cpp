@@ -179,25 +179,6 @@ TEST_F(Forwarders, ResultsAreConvertedByTheirType) {
     }
 }
 
-TEST_F(Forwarders, EachNameIsLookedUpOncePerProcess) {
-    hostsim::setPresent(Fx::FX_FontNameToNum_UTF16, false);
-    Probe p;
-    ASSERT_TRUE(p.ready());
-    auto toNum = p.fn<int16_t (*)(void*, uint32_t)>("FX_FontNameToNum_UTF16");
-    auto count = p.fn<int16_t (*)(uint32_t)>("FX_GetWindowCount");
-    for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(toNum(nullptr, FXT_VERSION), -1);
-        count(FXT_VERSION);
-    }
-    EXPECT_EQ(hostsim::lookups(Fx::FX_FontNameToNum_UTF16), 1);
-    EXPECT_EQ(hostsim::lookups(Fx::FX_GetWindowCount), 1);
-    EXPECT_EQ(hostsim::count(Fx::FX_GetWindowCount), 5u);
-    // The host gaining the function later changes nothing for this process.
-    hostsim::setPresent(Fx::FX_FontNameToNum_UTF16, true);
-    EXPECT_EQ(toNum(nullptr, FXT_VERSION), -1);
-    EXPECT_EQ(hostsim::count(Fx::FX_FontNameToNum_UTF16), 0u);
-}
-
 TEST_F(Forwarders, CalledBeforeBindingStaysMissingForTheProcess) {
     Probe p;
     ASSERT_TRUE(p.ready(false));

@@ -185,23 +185,4 @@ TEST_F(Frames, InsertDeleteAndReduceCleanBeforeTheHostSeesTheFrame) {
     }
 }
 
-TEST_F(Frames, AHostWithoutTheFunctionsStillGetsNothingUnclean) {
-    hostsim::setAllPresent(false);
-    Probe p;
-    ASSERT_TRUE(p.ready());
-    EXPECT_EQ(*p.var<uint8_t>("CanAddNoteRecordToRests"), 1);
-    auto insert = p.fn<int16_t (*)(void*, int16_t, int16_t, uint32_t)>("FX_InsertEXENTRY");
-    auto saveFrame = p.fn<int16_t (*)(void*, uint32_t)>("FX_SaveTGF");
-    std::vector<uint8_t> e = entry(0, {});
-    Frame f(e.data(), 1);
-    EXPECT_EQ(insert(f.data(), 0, 0, FXT_VERSION), 0);
-    EXPECT_EQ(countOf(e.data()), 1);  // cleaned although the host lacks the function
-    *p.var<uint8_t>("CanAddNoteRecordToRests") = 0;
-    std::vector<uint8_t> r = entry(0, {});
-    Frame g(r.data(), 1);
-    EXPECT_EQ(saveFrame(g.data(), FXT_VERSION), 0);
-    EXPECT_EQ(countOf(r.data()), 0);  // the image's own switch
-    EXPECT_TRUE(hostsim::calls().empty());
-}
-
 }  // namespace

@@ -193,38 +193,6 @@ TEST_F(Resources, BundleWithoutTableAlertsOncePerRequest) {
     }
 }
 
-// A table that is there but unreadable answers key texts; it is no missing table.
-TEST_F(Resources, MalformedTablesAnswerKeyTextsWithoutAlert) {
-    const std::string tables[] = {
-        entry("20000", "Capo Chords") + "\"20001\" = \"no semicolon\"",
-        "\"20000\" = \"caf\xE9\";",
-        entry("20000", "20000"),  // an entry equal to its key counts as missing, and the table is there
-    };
-    for (const std::string& table : tables) {
-        TempDir parent;
-        Probe p(madeUpBundle(table, parent.path()));
-        ASSERT_TRUE(p.ready());
-        unsigned short u[64];
-        p.fn<GetUtf16Fn>("PlugIn_GetStringResource_UTF16")(20000, u, 64);
-        EXPECT_EQ(u16(u), u"20000");
-    }
-    EXPECT_EQ(hostsim::count(Fx::FX_AlertMessage), 0u);
-}
-
-// Discovery starts from the image itself, wherever the bundle lies.
-TEST_F(Resources, BundleMovedElsewhereIsStillFound) {
-    std::string deep = tmp_.path() + "/Zemlo Plug-ins/Caf\xC3\xA9 folder/x";
-    Probe moved(madeUpBundle(entry("20001", "moved"), deep));
-    Probe other(madeUpBundle(entry("20001", "other"), tmp_.path() + "/second"));
-    ASSERT_TRUE(moved.ready(false) && other.ready(false));
-    char b[64];
-    moved.fn<Get8BitFn>("PlugIn_GetStringResource_8bit")(20001, b, 64);
-    EXPECT_STREQ(b, "moved");
-    other.fn<Get8BitFn>("PlugIn_GetStringResource_8bit")(20001, b, 64);
-    EXPECT_STREQ(b, "other");
-    EXPECT_EQ(pathOf(moved.fn<BundleFn>("GetPluginBundle")()), moved.plugin().bundlePath());
-}
-
 // A failed discovery is not kept: the next request walks again.
 TEST_F(Resources, FailedDiscoveryIsTriedAgain) {
     Probe p(madeUpBundle(testTable()));
