@@ -3,5 +3,4 @@
 capochords_test(hostui_test
   hostui_support.cpp
   hostui_dialog_test.cpp
-  hostui_description_test.cpp
-  hostui_alert_progress_test.cpp)
+  hostui_description_test.cpp)
