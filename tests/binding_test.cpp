@@ -12,7 +12,6 @@ namespace {
 
 using BundleFn = CFBundleRef (*)();
 using InitFn = int16_t (*)();
-using GetFXProcFn = void* (*)(const char*);
 using Handler = bool (*)(void*, uint32_t, int64_t, int64_t, void*);
 using WrapFn = Handler (*)(Handler);
 using DisposeFn = void (*)(Handler);
