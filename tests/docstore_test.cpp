@@ -118,30 +118,4 @@ TEST_F(Store, RawTextsAreSizedInUnitsAndLoadsStopAtTheCapacity) {
     }
 }
 
-TEST_F(Store, FramesAreHandedOutBehindGuardsAndTakenBack) {
-    std::vector<uint8_t> entries(2 * doc::kEntryBytes, 0x10);
-    doc::putFrame({1, 2, 3, 4, 5}, entries);
-    EXPECT_EQ(FX_LoadTGF(9, 9, 9, 9, 9, FXT_VERSION), nullptr);  // no such stretch
-    void* frame = FX_LoadTGF(1, 2, 3, 4, 5, FXT_VERSION);
-    ASSERT_NE(frame, nullptr);
-    EXPECT_EQ(doc::framesOut(), 1u);
-    uint8_t* list = nullptr;
-    int16_t count = 0;
-    std::memcpy(&list, static_cast<uint8_t*>(frame) + doc::kFrameEntriesAt, sizeof list);
-    std::memcpy(&count, static_cast<uint8_t*>(frame) + doc::kFrameCountAt, sizeof count);
-    ASSERT_EQ(count, 2);
-    list[0] = 0x99;  // host bytes of the first entry: kept as they are
-    EXPECT_NE(FX_SaveTGF(frame, FXT_VERSION), 0);
-    EXPECT_EQ((*doc::getFrame({1, 2, 3, 4, 5}))[0], 0x99);
-    EXPECT_EQ(doc::guardFaults(), 0);
-
-    // A write one byte past the entry array is caught when the frame comes back.
-    list[2 * doc::kEntryBytes] ^= 0xFF;
-    FX_FreeTGF(frame, FXT_VERSION);
-    EXPECT_EQ(doc::guardFaults(), 1);
-    EXPECT_EQ(doc::framesOut(), 0u);
-    FX_FreeTGF(frame, FXT_VERSION);
-    EXPECT_EQ(doc::foreignFrames(), 1);  // freed twice
-}
-
 }  // namespace

@@ -181,44 +181,6 @@ TEST_F(Prefs, SavingWhatWasLoadedSavesNothingAndOneChangedFieldSavesOneElement) 
     }
 }
 
-TEST_F(Prefs, ConversionsAtTheirEdges) {
-    const uint32_t misc = 0x70664D53, distance = 0x70664450;
-    const uint32_t ot19 = doc::elementTag('1', '9'), ot36 = doc::elementTag('3', '6'),
-                   ot68 = doc::elementTag('6', '8');
-    const RecordId e{-2, 0, 0};
-    putElement(ot19, e, {0, 0, 0, 0, 0x12C8, 0});
-    putElement(ot36, e, {0, 0, 0, 0, 0, 0});
-    putElement(ot68, e, {0, 0, 0, 0, 0x1234, 0xABCD});
-    Guarded m(104);
-    int32_t size = 104;
-    ASSERT_EQ(load(misc, 0, m.data(), &size), 1);
-    EXPECT_EQ(m.u16(52), 200);  // a byte field loads the low byte
-    EXPECT_EQ(m.u16(12), 1);    // an inverted field loads 1 from 0
-    ASSERT_EQ(save(misc, 0, m.data(), 104), 1);
-    EXPECT_EQ(element(ot19, e)[4], 0xFFC8);  // 200 saves widened with its sign
-    m.setU16(52, 100);
-    m.setU16(12, 0);
-    ASSERT_EQ(save(misc, 0, m.data(), 104), 1);
-    EXPECT_EQ(element(ot19, e)[4], 0x0064);
-    EXPECT_EQ(element(ot36, e)[1], 1);  // an inverted 0 saves 1
-    putElement(ot36, e, {0, 7, 0, 0, 0, 0});
-    ASSERT_EQ(load(misc, 0, m.data(), &size), 1);
-    EXPECT_EQ(m.u16(12), 0);
-    m.setU16(12, 1);
-    ASSERT_EQ(save(misc, 0, m.data(), 104), 1);
-    EXPECT_EQ(element(ot36, e)[1], 0);
-
-    Guarded d(76);
-    size = 76;
-    ASSERT_EQ(load(distance, 0, d.data(), &size), 1);
-    EXPECT_EQ(d.u32(18), 0x1234ABCDu);  // the lower-numbered word is the high half
-    d.setU32(18, 0xCAFEF00D);
-    ASSERT_EQ(save(distance, 0, d.data(), 76), 1);
-    EXPECT_EQ(element(ot68, e)[4], 0xCAFE);
-    EXPECT_EQ(element(ot68, e)[5], 0xF00D);
-    EXPECT_EQ(doc::countOps(Op::Load, ot68), 2u);  // once per call, though three fields live there
-}
-
 TEST_F(Prefs, MissingElementsReadAsZerosAndAreNeverWrittenBack) {
     const uint32_t repeat = 0x70665250;
     const RecordId e{-2, 0, 0};
