@@ -1,7 +1,6 @@
 // The simulated host's document store, reached through the plug-in's own
 // forwarders as the command will reach it: the host's numbering rules per
-// kind, sizes in units, loads that never write past the capacity, frames
-// behind guard bytes, and the log and snapshots that later suites build on.
+// kind, sizes in units and loads that never write past the capacity.
 #include "hostsim/score.h"
 #include "records.h"
 

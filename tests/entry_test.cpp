@@ -1,5 +1,5 @@
 // The built plug-in bundle driven through its exported entry points, as the
-// host drives it: main, version, init, enumeration, status, termination.
+// host drives it: main, enumeration and its texts, the host's language.
 #include "bundles.h"
 #include "fresh.h"
 #include "hostsim/host.h"

@@ -1,7 +1,7 @@
 // Cleaning of frames before they go back to the host: note identifiers,
 // their copy in the note flags, empty slots, placeholders for rests; on the
-// listed cases, on random frames against the rules, and through the
-// forwarders with frames the simulated host hands out behind guard bytes.
+// listed cases and through the forwarders with frames the simulated host
+// hands out behind guard bytes (random frames: cleantgf_fuzz).
 #include "frames.h"
 #include "fresh.h"
 #include "records.h"

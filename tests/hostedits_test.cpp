@@ -1,6 +1,6 @@
 // The simulated host's undoable edits, driven through the plug-in's own
 // forwarders: a cancelled edit restores the document exactly, nested edits,
-// committed ones undone, and the host's record of what the plug-in did wrong.
+// committed ones undone.
 #include "hostsim/edits.h"
 #include "hostsim/score.h"
 #include "records.h"

@@ -1,6 +1,5 @@
-// Modal dialogs as the host runs them: 272, the script's steps as 273
-// messages, the end by the handler or by the host's close box, and the steps
-// a user could not take.
+// Modal dialogs as the host runs them: the steps a user could not take are
+// refused, recorded, and reach no handler.
 #include "hostui_support.h"
 
 #include "hostsim/document.h"

@@ -1,7 +1,5 @@
-// Measure text blocks: finding a block by position or by text, the exact
-// text of a created block, creation and removal that stop at the first
-// failure, updates that keep the host's bytes, and raw texts that fill the
-// whole read limit.
+// Measure text blocks: the exact text of a created block, and removal in the
+// host's order that stops at the first failure.
 #include "capo.h"
 
 using hostsim::Fx;

@@ -1,6 +1,5 @@
 // Measurement units inside a loaded copy of the test image: the user's unit
-// from the host's preference, lengths shown in it and read from it, the
-// conversions between units, and entries too large for 32 bits.
+// from the host's preference, and entries refused or too large for 32 bits.
 #include "bundles.h"
 #include "command.h"
 #include "fresh.h"
