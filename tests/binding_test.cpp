@@ -12,7 +12,6 @@ namespace {
 
 using BundleFn = CFBundleRef (*)();
 using InitFn = int16_t (*)();
-using GetFXProcFn = void* (*)(const char*);
 using Handler = bool (*)(void*, uint32_t, int64_t, int64_t, void*);
 using WrapFn = Handler (*)(Handler);
 using DisposeFn = void (*)(Handler);
@@ -21,16 +20,6 @@ bool someHandler(void*, uint32_t, int64_t, int64_t, void*) { return true; }
 
 using Binding = testing_support::FreshHost;
 
-TEST_F(Binding, NothingResolvesBeforeMain) {
-    Probe p;
-    ASSERT_TRUE(p.ready(false));
-    auto getProc = p.fn<GetFXProcFn>("GetFXProc");
-    EXPECT_EQ(p.fn<BundleFn>("GetZemloBundleRef")(), nullptr);
-    for (int i = 0; i < hostsim::kFxCount; ++i)
-        EXPECT_EQ(getProc(hostsim::info(static_cast<Fx>(i)).name), nullptr);
-    EXPECT_EQ(hostsim::lookups(Fx::FX_LoadEData), 0);
-}
-
 TEST_F(Binding, FindsTheEngineByIdentifierAndNeverBindsAForwarderToItself) {
     Probe p;
     ASSERT_TRUE(p.ready());
@@ -38,24 +27,6 @@ TEST_F(Binding, FindsTheEngineByIdentifierAndNeverBindsAForwarderToItself) {
     ASSERT_NE(engine, nullptr);
     EXPECT_EQ(engine, *p.var<CFBundleRef>("gZemloBundle"));
     testing_support::expectEveryNameBindsToTheEngine(p);
-}
-
-TEST_F(Binding, UnknownMissingAndMiscasedNamesResolveToNull) {
-    hostsim::setPresent(Fx::FX_RedrawMusic, false);
-    Probe p;
-    ASSERT_TRUE(p.ready());
-    CFBundleRef before = *p.var<CFBundleRef>("gZemloBundle");
-    auto getProc = p.fn<GetFXProcFn>("GetFXProc");
-    EXPECT_EQ(getProc("FX_NoSuchFunction"), nullptr);
-    EXPECT_EQ(getProc("FX_RedrawMusic"), nullptr);
-    EXPECT_EQ(getProc("fx_loadedata"), nullptr);
-    EXPECT_EQ(getProc(""), nullptr);
-    EXPECT_NE(getProc("FX_LoadEData"), nullptr);
-    EXPECT_EQ(*p.var<CFBundleRef>("gZemloBundle"), before);
-    // The binding keeps no cache: every call asks the platform again.
-    EXPECT_EQ(hostsim::lookups(Fx::FX_RedrawMusic), 1);
-    getProc("FX_RedrawMusic");
-    EXPECT_EQ(hostsim::lookups(Fx::FX_RedrawMusic), 2);
 }
 
 struct MachOCase {

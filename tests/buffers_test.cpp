@@ -98,28 +98,6 @@ TEST_F(Buffers, BehavioursWritePastTheRoomOnlyIntoTheGuards) {
     }
 }
 
-// The host's own load of a record larger than the room, and its string
-// getter with a limit below the text: the room is filled, nothing beyond,
-// and no fault is recorded against anyone.
-TEST_F(Buffers, BuiltInBehavioursStopAtTheRoom) {
-    doc::putText(doc::kRawText, {1, 0, 0}, u"0123456789abcd");
-    for (int32_t capacity : {0, 1, 13, 14}) {
-        SCOPED_TRACE(capacity);
-        Guarded buf(64, 0xCD);
-        EDataID id{1, 0, 0};
-        int32_t size = capacity;
-        EXPECT_EQ(host<RecordCall>(Fx::FX_LoadEData)(static_cast<int32_t>(doc::kRawText), &id, buf.data(),
-                                                     &size, 0),
-                  1u);
-        EXPECT_EQ(size, 14);
-        for (size_t i = static_cast<size_t>(capacity) * 2; i < buf.size(); ++i)
-            ASSERT_EQ(buf.data()[i], 0xCD);
-    }
-    EXPECT_TRUE(hostsim::bufferFaults().empty()) << hostsim::bufferFaults()[0].text;
-    hostsim::reset();
-    EXPECT_TRUE(hostsim::bufferFaults().empty());
-}
-
 // A caller claiming more than it has. Only an AddressSanitizer build knows
 // where the caller's memory ends; there the call must fail without a byte
 // read or written.

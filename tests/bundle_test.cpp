@@ -38,22 +38,4 @@ TEST(Bundle, FolderWithoutInfoPlistIsABundleWithNoValues) {
     EXPECT_EQ(bundleAt(d.path() + "/file"), nullptr);
 }
 
-// A bundle handed out by identifier stays valid after whoever created it
-// has released it (under the address sanitizer a dangling one shows).
-TEST(Bundle, BundleFoundByIdentifierOutlivesItsCreator) {
-    TempDir d;
-    writeFile(d.path() + "/Info.plist", infoPlist({{"CFBundleIdentifier", "com.capochords.test.outlives"}}));
-    CFBundleRef created = bundleAt(d.path());
-    ASSERT_NE(created, nullptr);
-    CFStringRef id = str("com.capochords.test.outlives");
-    CFBundleRef found = CFBundleGetBundleWithIdentifier(id);
-    EXPECT_EQ(found, created);
-    CFRelease(created);
-    CFStringRef again = CFBundleGetIdentifier(found);
-    ASSERT_NE(again, nullptr);
-    EXPECT_EQ(CFStringCompare(again, id, 0), kCFCompareEqualTo);
-    EXPECT_EQ(CFBundleGetBundleWithIdentifier(id), found);
-    CFRelease(id);
-}
-
 }  // namespace

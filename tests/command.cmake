@@ -2,5 +2,4 @@
 # through fresh copies of the test image over the simulated host.
 capochords_test(command_test
   brevado_test.cpp
-  textblocks_test.cpp
-  brevado_property_test.cpp)
+  textblocks_test.cpp)

@@ -59,37 +59,6 @@ class SettingsDialog : public ::testing::Test {
 
 // ---- Initialisation -------------------------------------------------------
 
-TEST_F(SettingsDialog, DefaultsShownInEachUnit) {
-    struct {
-        int16_t unit;
-        const char* distance;
-        const char* caption;
-    } cases[] = {{1, "64", "Distance (EVPUs):"},        {2, "0.222", "Distance (Inches):"},
-                 {3, "0.566", "Distance (Centimeters):"}, {4, "16.00", "Distance (Points):"},
-                 {5, "1.333", "Distance (Picas):"},       {6, "2.667", "Distance (Spaces):"},
-                 {9, "640.000", "Distance (EVPUs):"}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.unit);
-        putUnitPreference(c.unit);
-        CapoSettings s = labelled(u"Capo 1");
-        s.confirmed = 1;
-        bool peeked = false;
-        const ui::DialogRun& r = show(s, {ui::peek([&](const ui::DialogRun& open) {
-            peeked = true;
-            EXPECT_EQ(open.text8(6), c.distance);
-            EXPECT_EQ(open.text8(7), c.caption);
-            EXPECT_EQ(open.focused, 4);
-        })});
-        EXPECT_TRUE(peeked);
-        EXPECT_EQ(s.confirmed, 0) << "cleared when the dialog opens; the close box cancels";
-        EXPECT_STREQ(s.vertOffsetText, c.distance);
-        EXPECT_EQ(s.vertOffset, 64);
-        EXPECT_EQ(r.ending, ui::Ending::Handler);
-        EXPECT_TRUE(r.closedByHost);
-        EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-    }
-}
-
 // ---- The fret and the label -----------------------------------------------
 
 // The label is read from the field, as typed, whatever the copy holds. Fret 0
@@ -166,70 +135,7 @@ TEST_F(SettingsDialog, RemovalBoxDisablesAndEnablesExactlyItsControls) {
 
 // ---- OK and Cancel ----------------------------------------------------------
 
-TEST_F(SettingsDialog, OkReadsTheDistanceInTheUsersUnit) {
-    struct {
-        int16_t unit;
-        const char* text;
-        int16_t evpu;
-    } cases[] = {
-        {2, "1.5", 432},     {2, "0.1", 29},      {6, "0.51", 12},       {1, "abc", 64},
-        {1, "", 64},         {1, "-5", 64},       {1, "2.5", 3},         {1, "2.4999", 2},
-        {3, "1", 113},       {5, "1.333", 64},    {2, "0.0017", 0},      {1, "32767", 32767},
-        {1, "32768", 32767}, {2, "113.7", 32746}, {2, "113.8", 32767},   {2, "800", 32767},
-        {1, "12345678901", 64},                   {7, "64", 6},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(std::to_string(c.unit) + " \"" + c.text + "\"");
-        putUnitPreference(c.unit);
-        CapoSettings s;
-        s.vertOffset = 500;
-        show(s, {ui::type(6, c.text), ui::press(1)});
-        EXPECT_EQ(s.confirmed, 1);
-        EXPECT_EQ(s.vertOffset, c.evpu);
-        EXPECT_STREQ(s.vertOffsetText, c.text) << "the text stays as typed";
-        EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-    }
-}
-
-TEST_F(SettingsDialog, OkReadsEveryControlAndCancelConfirmsNothing) {
-    CapoSettings s = labelled(u"Capo 1");
-    const ui::DialogRun& r = show(s, {ui::type(4, "7"), ui::type(6, "2.5"), ui::click(8),
-                                      ui::type(10, "Mein Kapo"), ui::click(11), ui::press(1)});
-    EXPECT_EQ(s.confirmed, 1);
-    EXPECT_EQ(s.capoFret, 7);
-    EXPECT_EQ(s.vertOffset, 3);
-    EXPECT_EQ(s.setChordFlag, 1);
-    EXPECT_EQ(s.showLabel, 1);
-    EXPECT_EQ(labelOf(s), u"Mein Kapo");
-    EXPECT_EQ(s.removeMode, 1);
-    EXPECT_EQ(r.ending, ui::Ending::Handler);
-    EXPECT_FALSE(r.closedByHost);
-
-    CapoSettings t = labelled(u"Capo 1");
-    show(t, {ui::type(4, "5"), ui::type(6, "99"), ui::press(2)});
-    EXPECT_EQ(t.confirmed, 0);
-    EXPECT_EQ(t.capoFret, 5) << "the fret reached the copy when it changed";
-    EXPECT_EQ(labelOf(t), u"Capo 5");
-    EXPECT_EQ(t.vertOffset, 64) << "the distance is read only at OK";
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-}
-
 // ---- Messages the handler leaves alone -------------------------------------
-
-TEST_F(SettingsDialog, OnlyFiveControlsAreTakenCareOf) {
-    CapoSettings s;
-    const ui::DialogRun& r = show(
-        s, {ui::press(6), ui::press(8), ui::press(10), ui::press(3), ui::press(0), ui::press(12),
-            ui::message(273, (int64_t{1} << 32) | 1, 0), ui::message(274, 1, 0),
-            ui::message(273, 2, 1)});
-    ASSERT_EQ(r.sent.size(), 10u);
-    EXPECT_TRUE(r.sent[0].answer) << "272";
-    for (size_t i = 1; i <= 8; ++i) EXPECT_FALSE(r.sent[i].answer) << "message " << i;
-    EXPECT_TRUE(r.sent[9].answer) << "Cancel, whatever lParam holds";
-    EXPECT_EQ(r.ending, ui::Ending::Handler);
-    EXPECT_EQ(s.confirmed, 0);
-    EXPECT_TRUE(ui::errors().empty()) << ui::errorText();
-}
 
 // Before initialisation and after the end, commands answer true and touch
 // nothing: any call on the ended dialog would be an error of the host. Null

@@ -43,29 +43,6 @@ TEST_F(DocData, FretInstrumentAnsweredZeroCountsWhenFilled) {
     }
 }
 
-TEST_F(DocData, FretInstrumentAnsweredNonzeroIsLoadedTwice) {
-    doc::put(static_cast<uint32_t>(kFret), {1, 0, 0}, std::vector<uint8_t>(252, 0x3C));
-    int calls = 0;
-    hostsim::setHandler(Fx::FX_LoadEData, [&](hostsim::Call& c) -> uint64_t {
-        doc::serve(c);
-        return ++calls == 1 ? 1 : 0x0203;  // the second answer is the one returned
-    });
-    Guarded buf(252, 0xCD);
-    EXPECT_EQ(loadFret(buf, 252), 0x0203);
-    EXPECT_EQ(calls, 2);
-    EXPECT_EQ(buf.bytes(), std::vector<uint8_t>(252, 0x3C));
-    EXPECT_TRUE(buf.intact());
-}
-
-TEST_F(DocData, FretInstrumentWithoutBufferIsAnOrdinaryLoad) {
-    doc::put(static_cast<uint32_t>(kFret), {1, 0, 0}, std::vector<uint8_t>(252, 1));
-    EDataID id{1, 0, 0};
-    int32_t size = 0;
-    EXPECT_EQ(FX_LoadEData(kFret, &id, nullptr, &size, FXT_VERSION), 1);
-    EXPECT_EQ(size, 252);
-    EXPECT_EQ(hostsim::count(Fx::FX_LoadEData), 1u);
-}
-
 #ifndef NDEBUG
 TEST_F(DocData, FretInstrumentIntoASmallerBufferIsAProgrammingFault) {
     EXPECT_DEATH(

@@ -1,5 +1,5 @@
 // The built plug-in bundle driven through its exported entry points, as the
-// host drives it: main, version, init, enumeration, status, termination.
+// host drives it: main, enumeration and its texts, the host's language.
 #include "bundles.h"
 #include "fresh.h"
 #include "hostsim/boundary.h"
@@ -20,14 +20,7 @@ using namespace testing_support;
 namespace {
 
 using MainFn = int (*)(int, char**);
-using VersionFn = uint32_t (*)(uint32_t);
-using InitFn = int16_t (*)(void*, int32_t*);
-using ExtInitFn = int32_t (*)(void*, int32_t*);
 using EnumerateFn = int16_t (*)(void*, int16_t, void*);
-using ExtEnumerateFn = int32_t (*)(void*, int32_t, void*);
-using StatusFn = int16_t (*)(int16_t);
-using ExtStatusFn = int32_t (*)(int32_t);
-using TerminateFn = void (*)(void*);
 
 // The host's menu item record: longer than the bytes the plug-in fills.
 constexpr size_t kRecord = sizeof(hostsim::MenuItemRecord);
@@ -121,26 +114,6 @@ TEST_F(Entry, EnumerationAtZeroAndBelowFillsAboveAnswersNothing) {
     EXPECT_EQ(hostsim::count(Fx::FX_AlertMessage), 0u);
 }
 
-// The wrapper keeps only the low 16 bits of the index, read with their sign.
-TEST_F(Entry, WrapperCutsTheIndexToSixteenBits) {
-    load(kMenuTable);
-    ASSERT_EQ(bind(), 1);
-    auto enumerate = fn<ExtEnumerateFn>("Ext_enumerate_UTF16");
-    struct {
-        int32_t index;
-        int32_t result;
-    } cases[] = {{0, 1},      {65535, 1},      {65536, 1},  {65537, 0},          {-1, 1},
-                 {1, 0},      {-65536, 1},     {131073, 0}, {0x7FFFFFFF, 1},     {INT32_MIN, 1},
-                 {32767, 0},  {32768, 1},      {98303, 0}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.index);
-        Record r;
-        EXPECT_EQ(enumerate(nullptr, c.index, r.bytes), c.result);
-        if (c.result) expectFilled(r, u"Capo Chords", u"Second", u"Undo Capo");
-        else EXPECT_TRUE(r == Record());
-    }
-}
-
 TEST_F(Entry, LongMenuTextIsCutAndTheNextFieldStaysIntact) {
     std::string longText(200, 'C');
     load(entry("20000", longText) + entry("20001", "Second") + entry("20002", "Undo Capo"));
@@ -149,35 +122,6 @@ TEST_F(Entry, LongMenuTextIsCutAndTheNextFieldStaysIntact) {
     EXPECT_EQ(r.text(0), std::u16string(kLast, u'C'));
     EXPECT_EQ(r.unit(0, kLast), 0);
     expectField(r, 1, u"Second");
-}
-
-TEST_F(Entry, InitClearsTheHostsValue) {
-    load();
-    auto init = fn<InitFn>("ZemloExtensionInit");
-    auto extInit = fn<ExtInitFn>("Ext_init");
-    for (int32_t before : {0x12345678, -1, 0, INT32_MIN}) {
-        int32_t v = before;
-        EXPECT_EQ(init(nullptr, &v), 1);
-        EXPECT_EQ(v, 0) << before;
-        v = before;
-        EXPECT_EQ(extInit(nullptr, &v), 1);
-        EXPECT_EQ(v, 0) << before;
-    }
-    EXPECT_EQ(init(nullptr, nullptr), 1);
-}
-
-TEST_F(Entry, VersionAndStatusWhateverIsAsked) {
-    load();
-    auto version = fn<VersionFn>("ZemloExtensionVersion");
-    auto extVersion = fn<VersionFn>("Ext_getversion");
-    for (uint32_t asked : {0u, 1u, 0x19500000u, 0x20000000u, 0xFFFFFFFFu}) {
-        EXPECT_EQ(version(asked), 0x19500000u) << asked;
-        EXPECT_EQ(extVersion(asked), 0x19500000u) << asked;
-    }
-    auto status = fn<StatusFn>("ZemloExtensionGetMenuStatus");
-    auto extStatus = fn<ExtStatusFn>("Ext_getmenustatus");
-    for (int16_t item : {-32768, -1, 0, 1, 32767}) EXPECT_EQ(status(item), 1) << item;
-    for (int32_t item : {-1, 0, 65536, 65537, INT32_MAX, INT32_MIN}) EXPECT_EQ(extStatus(item), 1) << item;
 }
 
 // A host that passes no arguments gets 0 from main and no binding; the
@@ -196,26 +140,6 @@ TEST_F(Entry, MainWithoutArgumentsBindsNothingAndTheRestStillAnswers) {
     expectFilled(r, u"Capo Chords", u"Second", u"Undo Capo");
     EXPECT_EQ(m(1, argv), 1);
     EXPECT_NE(*plugin_->variable<void*>("gZemloBundle"), nullptr);
-}
-
-// The whole start-up of the real bundle as the host runs it.
-TEST_F(Entry, HostStartUpOfTheBuiltBundle) {
-    load();
-    EXPECT_EQ(*plugin_->variable<int32_t>("ZemloVersion"), 2010);
-    EXPECT_EQ(*plugin_->variable<int16_t>("transposed"), 0);
-    ASSERT_EQ(bind(), 1);
-    auto enumerate = fn<EnumerateFn>("ZemloExtensionEnumerate_UTF16");
-    Record item;
-    ASSERT_EQ(enumerate(nullptr, 0, item.bytes), 1);
-    EXPECT_EQ(item.text(0), u"Capo Chords\u2026");
-    for (size_t field = 1; field < 3; ++field) EXPECT_FALSE(item.text(field).empty()) << field;
-    fn<TerminateFn>("ZemloExtensionTerminate")(nullptr);
-    fn<TerminateFn>("Ext_terminate")(nullptr);
-    // Termination keeps everything: the item is still there afterwards.
-    Record again;
-    EXPECT_EQ(enumerate(nullptr, 0, again.bytes), 1);
-    EXPECT_TRUE(again == item);
-    EXPECT_EQ(hostsim::count(Fx::FX_AlertMessage), 0u);
 }
 
 // zemlo-host copied into an application layout whose Resources hold the
@@ -253,10 +177,8 @@ TEST_P(PlugInLanguage, FollowsTheHostApplicationWhereItHasOne) {
 INSTANTIATE_TEST_SUITE_P(
     Hosts, PlugInLanguage,
     ::testing::Values(HostLanguage{"HostInFrench", {"fr"}, "de_DE.UTF-8", "Accords avec capodastre\u2026"},
-                      HostLanguage{"HostWithoutLanguages", {}, "de_DE.UTF-8", "Kapodaster-Akkorde\u2026"},
                       HostLanguage{"HostLanguageThePlugInLacks", {"ja"}, "de_DE.UTF-8",
                                    "Kapodaster-Akkorde\u2026"},
-                      HostLanguage{"HostChoosesAmongItsOwn", {"fr", "it"}, "it_IT", "Accordi con capotasto\u2026"},
                       HostLanguage{"UserLanguageTheHostLacks", {"fr", "en"}, "nl_NL", "Capo Chords\u2026"}),
     [](const auto& tp) { return std::string(tp.param.what); });
 

@@ -146,23 +146,6 @@ TEST_F(Forwarders, WithoutHostFunctionEachAnswersItsFixedValueAndReachesNothing)
     EXPECT_TRUE(hostsim::calls().empty());
 }
 
-TEST_F(Forwarders, NonZeroFixedValuesAreThoseOfTheInterface) {
-    hostsim::setAllPresent(false);
-    Probe p;
-    ASSERT_TRUE(p.ready());
-    const std::pair<Fx, int64_t> expected[] = {
-        {Fx::FX_FontNameToNum, -1},         {Fx::FX_FontNameToNum_UTF16, -1},
-        {Fx::FX_ProcessMidiData, -1},       {Fx::FX_ProcessMidiDataNoSplit, -1},
-        {Fx::FX_CountParts, -1},            {Fx::FX_GetCurrentPartID, -1},
-        {Fx::FX_GetNextPartID, -1},         {Fx::FX_GetPlaybackSystem, -1},
-        {Fx::FX_GetTextEncoding, -2},       {Fx::FX_GetMaxLayers, 4},
-    };
-    for (auto [fx, value] : expected) {
-        const Row& r = rows()[static_cast<int>(fx)];
-        EXPECT_EQ(static_cast<int64_t>(r.call(p).result), value) << r.name;
-    }
-}
-
 TEST_F(Forwarders, WithHostFunctionArgumentsPassUnchangedInOrderStampLast) {
     Probe p;
     ASSERT_TRUE(p.ready());
@@ -194,25 +177,6 @@ TEST_F(Forwarders, ResultsAreConvertedByTheirType) {
             EXPECT_EQ(r.call(p).result, converted(k, raw)) << r.name << " raw " << std::hex << raw;
         }
     }
-}
-
-TEST_F(Forwarders, EachNameIsLookedUpOncePerProcess) {
-    hostsim::setPresent(Fx::FX_FontNameToNum_UTF16, false);
-    Probe p;
-    ASSERT_TRUE(p.ready());
-    auto toNum = p.fn<int16_t (*)(void*, uint32_t)>("FX_FontNameToNum_UTF16");
-    auto count = p.fn<int16_t (*)(uint32_t)>("FX_GetWindowCount");
-    for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(toNum(nullptr, FXT_VERSION), -1);
-        count(FXT_VERSION);
-    }
-    EXPECT_EQ(hostsim::lookups(Fx::FX_FontNameToNum_UTF16), 1);
-    EXPECT_EQ(hostsim::lookups(Fx::FX_GetWindowCount), 1);
-    EXPECT_EQ(hostsim::count(Fx::FX_GetWindowCount), 5u);
-    // The host gaining the function later changes nothing for this process.
-    hostsim::setPresent(Fx::FX_FontNameToNum_UTF16, true);
-    EXPECT_EQ(toNum(nullptr, FXT_VERSION), -1);
-    EXPECT_EQ(hostsim::count(Fx::FX_FontNameToNum_UTF16), 0u);
 }
 
 TEST_F(Forwarders, CalledBeforeBindingStaysMissingForTheProcess) {

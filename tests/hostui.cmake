@@ -3,7 +3,5 @@
 capochords_test(hostui_test
   hostui_support.cpp
   hostui_dialog_test.cpp
-  hostui_items_test.cpp
-  hostui_description_test.cpp
-  hostui_alert_progress_test.cpp)
+  hostui_description_test.cpp)
 target_include_directories(hostui_test PRIVATE ${PROJECT_SOURCE_DIR}/platform/src)

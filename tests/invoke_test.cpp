@@ -56,12 +56,6 @@ size_t capoChords(const score::Score& s, int fret = -1) {
     return n;
 }
 
-// The label text as the command writes it in this host: no font definition
-// 14, no font named Times New Roman.
-std::vector<std::u16string> label(const char16_t* text) {
-    return {u"^font(,0)^nfx(2)^size(12)" + std::u16string(text)};
-}
-
 // The calls that mark the steps of a run, by name; loads only of ot12.
 std::vector<std::string> steps() {
     const Fx marked[] = {Fx::FX_Dialog,       Fx::FX_StartZemloEdit_UTF16, Fx::FX_StartZemloEdit,
@@ -134,16 +128,6 @@ class Invoke : public ::testing::Test {
 
 // ---- Before the dialog ----------------------------------------------------
 
-TEST_F(Invoke, OnlyMenuItemZeroRuns) {
-    hostsim::clearCalls();
-    EXPECT_EQ(invoke_(parentTag(), 1, &selection_, &whole_), 0);
-    EXPECT_EQ(extInvoke_(parentTag(), 65537, &selection_, &whole_), 0) << "cut to item 1";
-    EXPECT_TRUE(hostsim::calls().empty()) << "no alert, no dialog, no edit";
-    EXPECT_EQ(doc::snapshot(), original_);
-    EXPECT_EQ(run({}, true, -1), 0);  // items below 0 run: the dialog shows
-    EXPECT_EQ(ui::dialogs().size(), 1u);
-}
-
 TEST_F(Invoke, NoSelectionAsksAndOkWorksOnTheWholeDocument) {
     ui::scriptAlerts({1});
     EXPECT_EQ(run({ui::press(1)}, /*selected=*/false), 1);
@@ -173,68 +157,6 @@ TEST_F(Invoke, NoSelectionAndCancelEndsAtTheQuestion) {
 
 // ---- The dialog -------------------------------------------------------------
 
-TEST_F(Invoke, FirstRunShowsTheDefaultsAndCancelChangesNothing) {
-    bool peeked = false;
-    EXPECT_EQ(run({ui::peek([&](const ui::DialogRun& r) {
-                       peeked = true;
-                       EXPECT_EQ(r.number, 20009);
-                       EXPECT_EQ(r.flags, 0x3001);
-                       EXPECT_EQ(r.parent, parentTag());
-                       EXPECT_EQ(r.text8(4), "1");
-                       EXPECT_EQ(r.text8(6), "64");
-                       EXPECT_EQ(r.text8(7), "Distance (EVPUs):");
-                       EXPECT_EQ(r.control(9)->value, 1);
-                       EXPECT_EQ(r.text8(10), "Capo 1");
-                       EXPECT_TRUE(r.control(10)->enabled);
-                       EXPECT_EQ(r.control(8)->value, 0);
-                       EXPECT_EQ(r.control(11)->value, 0);
-                   }),
-                   ui::press(2)}),
-              0);
-    EXPECT_TRUE(peeked);
-    EXPECT_EQ(steps(), std::vector<std::string>{"FX_Dialog"}) << "no edit after Cancel";
-    EXPECT_TRUE(ui::alerts().empty());
-    EXPECT_EQ(doc::snapshot(), original_);
-}
-
-// A host that does not report itself as Mach-O is warned when the handler is
-// wrapped and released, right around the dialog.
-TEST_F(Invoke, HostThatIsNotMachOIsWarnedAroundTheDialog) {
-    hostsim::setResult(Fx::FX_IsMachO, 0);
-    hostsim::clearCalls();
-    EXPECT_EQ(run({ui::press(2)}), 0);
-    const std::vector<std::string> expected = {"8-bit alert 48", "FX_Dialog", "8-bit alert 48"};
-    EXPECT_EQ(steps(), expected);
-    ASSERT_EQ(ui::alerts().size(), 2u);
-    EXPECT_EQ(ui::alerts()[1].text, "Should not get here!");
-}
-
-// What the user confirmed opens the next dialog; a cleared label comes back
-// as the default, and removal is always off again.
-TEST_F(Invoke, ConfirmedSettingsAreRememberedForTheNextRun) {
-    putUnitPreference(6);  // spaces
-    EXPECT_EQ(run({ui::type(4, "5"), ui::type(6, "2.5"), ui::click(8), ui::type(10, ""),
-                   ui::click(11), ui::press(1)}),
-              0)
-        << "a removal over a score without capo chords changes nothing";
-    int16_t shownRemoval = -1;
-    EXPECT_EQ(run({ui::peek([&](const ui::DialogRun& r) {
-                       EXPECT_EQ(r.text8(4), "5");
-                       EXPECT_EQ(r.text8(6), "2.500");
-                       EXPECT_EQ(r.control(8)->value, 1);
-                       EXPECT_EQ(r.text8(10), "Capo 1") << "the default for a cleared label";
-                       shownRemoval = static_cast<int16_t>(r.control(11)->value);
-                       for (int16_t n : {4, 6, 8, 9}) EXPECT_TRUE(r.control(n)->enabled) << n;
-                   }),
-                   ui::press(2)}),
-              0);
-    EXPECT_EQ(shownRemoval, 0);
-
-    // A cancelled dialog is not remembered.
-    run({ui::type(4, "9"), ui::press(2)});
-    run({ui::peek([](const ui::DialogRun& r) { EXPECT_EQ(r.text8(4), "5"); }), ui::press(2)});
-}
-
 // ---- Runs that change nothing -------------------------------------------------
 
 TEST_F(Invoke, RunThatChangesNothingTellsTheUserAndCancelsTheEdit) {
@@ -257,83 +179,9 @@ TEST_F(Invoke, RunThatChangesNothingTellsTheUserAndCancelsTheEdit) {
     EXPECT_EQ(editDepth(), 0);
 }
 
-// The application refuses fret 64; the fret is remembered all the same.
-TEST_F(Invoke, FretSixtyFourChangesNothingAndIsRemembered) {
-    EXPECT_EQ(run({ui::type(4, "64"), ui::press(1)}), 0);
-    ASSERT_EQ(ui::alerts().size(), 1u);
-    EXPECT_EQ(ui::alerts()[0].kind, kNotice);
-    EXPECT_EQ(edits::all().back().state, edits::State::Cancelled);
-    EXPECT_EQ(doc::snapshot(), original_);
-    run({ui::peek([](const ui::DialogRun& r) {
-             EXPECT_EQ(r.text8(4), "64");
-             EXPECT_EQ(r.text8(10), "Capo 64");
-         }),
-         ui::press(2)});
-}
-
-// Label blocks removed, no chord record changed: the notice shows, and
-// cancelling the edit brings the blocks back.
-TEST_F(Invoke, RemovalThatFindsOnlyLabelBlocksIsUndone) {
-    score_->textBlock(1, 1, -200, 194, u"Capo 3").textBlock(2, 1, -200, 194, u"Capo 3");
-    original_ = doc::snapshot();
-    int16_t removedDuringTheRun = -1;
-    ui::setProgressObserver([&](const ui::Progress& p) {
-        if (p.ended)
-            removedDuringTheRun =
-                static_cast<int16_t>(2 - score::texts(1, 1).size() - score::texts(2, 1).size());
-    });
-    EXPECT_EQ(run({ui::click(11), ui::press(1)}), 0);
-    EXPECT_EQ(removedDuringTheRun, 2) << "the application removed both blocks";
-    ASSERT_EQ(ui::alerts().size(), 1u);
-    EXPECT_EQ(ui::alerts()[0].text, kNothingChanged);
-    EXPECT_EQ(edits::all().back().state, edits::State::Cancelled);
-    EXPECT_EQ(doc::difference(original_, doc::snapshot()), "");
-}
-
 // ---- A run that changes the score ----------------------------------------------
 
-TEST_F(Invoke, CommittedRunAddsCapoChordsAndCanBeUndone) {
-    EXPECT_EQ(run({ui::type(4, "3"), ui::press(1)}), 1);
-    EXPECT_TRUE(ui::alerts().empty());
-    EXPECT_EQ(editDepth(), 0);
-    ASSERT_EQ(edits::all().size(), 1u);
-    EXPECT_EQ(edits::all()[0].state, edits::State::Committed);
-    EXPECT_EQ(edits::all()[0].name, "Capo Chords");
-    EXPECT_EQ(capoChords(*score_, 3), 3u);
-    EXPECT_EQ(score::texts(1, 1), label(u"Capo 3"));
-    EXPECT_EQ(score::texts(2, 1), label(u"Capo 3"));
-    const doc::Document afterFirst = doc::snapshot();
-
-    // Through the other entry point, another fret: updated in place.
-    ui::scriptDialog({ui::type(4, "5"), ui::press(1)});
-    EXPECT_EQ(extInvoke_(parentTag(), 0, &selection_, &whole_), 1);
-    EXPECT_EQ(capoChords(*score_), 3u);
-    EXPECT_EQ(capoChords(*score_, 5), 3u);
-    EXPECT_EQ(score::texts(1, 1), label(u"Capo 5"));
-
-    // The host's Undo takes back one run at a time.
-    EXPECT_TRUE(edits::undo());
-    EXPECT_EQ(doc::difference(afterFirst, doc::snapshot()), "");
-    EXPECT_TRUE(edits::undo());
-    EXPECT_EQ(doc::difference(original_, doc::snapshot()), "");
-}
-
 // ---- Hosts without some functions ---------------------------------------------
-
-TEST_F(Invoke, WithoutTheAlertFunctionNoSelectionEndsAtTheQuestion) {
-    hostsim::setPresent(Fx::FX_AlertMessage_UTF16, false);
-    EXPECT_EQ(run({ui::press(1)}, /*selected=*/false), 0);
-    EXPECT_TRUE(ui::dialogs().empty());
-    EXPECT_TRUE(edits::all().empty());
-    EXPECT_EQ(doc::snapshot(), original_);
-}
-
-TEST_F(Invoke, WithoutTheDialogFunctionNothingIsConfirmed) {
-    hostsim::setPresent(Fx::FX_Dialog, false);
-    EXPECT_EQ(run({}), 0);
-    EXPECT_TRUE(edits::all().empty());
-    EXPECT_EQ(doc::snapshot(), original_);
-}
 
 TEST_F(Invoke, DialogThatIsNotShownConfirmsNothingEvenAfterAConfirmedRun) {
     EXPECT_EQ(run({ui::press(1)}), 1);
