@@ -13,8 +13,6 @@ namespace {
 using Brevado = CommandTest;
 using score::ChordRecord;
 
-constexpr int16_t kBaseline = 130;
-
 // ---- Writing -------------------------------------------------------------
 
 // A capo chord takes the distance from its last sibling in index order, or
