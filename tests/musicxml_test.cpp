@@ -10,6 +10,7 @@
 #include <libxml/tree.h>
 #include <zip.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -218,27 +219,6 @@ void expectCapoChords(const Contents& original, const Contents& out, int fret) {
     }
 }
 
-TEST(RoundTrip, ReadAndWrittenWithoutTheCommandKeepsNotesChordsAndWords) {
-    TempDir tmp;
-    for (const char* sample : kSampleNames) {
-        SCOPED_TRACE(sample);
-        hostsim::reset();
-        std::string error;
-        auto sheet = mx::LeadSheet::read(kSamples + sample + ".musicxml", &error);
-        ASSERT_TRUE(sheet) << error;
-        sheet->build();
-        const std::string out = tmp.path() + "/" + sample + ".musicxml";
-        ASSERT_TRUE(sheet->write(out, &error)) << error;
-        const Contents before = contents(kSamples + sample + ".musicxml"), after = contents(out);
-        ASSERT_TRUE(after.read);
-        EXPECT_EQ(after.notes, before.notes);
-        ASSERT_EQ(after.chords.size(), before.chords.size());
-        for (size_t i = 0; i < before.chords.size(); ++i) EXPECT_EQ(after.chords[i].xml, before.chords[i].xml);
-        EXPECT_EQ(after.words, before.words);
-        EXPECT_TRUE(after.capo.empty());
-    }
-}
-
 // Two chords at one onset (the second after a note, pulled back by its
 // offset), a third later, divisions 3 to the quarter.
 const std::string kTwoAtOnce =
@@ -269,11 +249,11 @@ TEST(Records, KeepTheChordInTheCopiedBytesAndTheOnsetInTheSiblingKeys) {
         uint8_t kind;
         uint32_t harmony;
         int16_t vertical;
-        const char *name, *shape;
+        const char* name;
     } const expected[] = {
-        {0, 0, {2, 0xFF, 0, 0}, 0, 1, 24, "Eb", "D"},        // default-y 10 tenths
-        {1, 0, {0, 0, 5, 0}, 6, 2, 0, "Cm7/G", "Bm7/F#"},    // at the same onset
-        {0, 960, {5, 0xFF, 0, 0}, 4, 3, 0, "Ab7", "G7"},     // a quarter later
+        {0, 0, {2, 0xFF, 0, 0}, 0, 1, 24, "Eb"},        // default-y 10 tenths
+        {1, 0, {0, 0, 5, 0}, 6, 2, 0, "Cm7/G"},         // at the same onset
+        {0, 960, {5, 0xFF, 0, 0}, 4, 3, 0, "Ab7"},      // a quarter later
     };
     for (size_t i = 0; i < 3; ++i) {
         SCOPED_TRACE(i);
@@ -290,24 +270,6 @@ TEST(Records, KeepTheChordInTheCopiedBytesAndTheOnsetInTheSiblingKeys) {
         EXPECT_EQ(c.vertical, expected[i].vertical);
         EXPECT_FALSE(c.isCapo());
         EXPECT_EQ(mx::chordName(c, mx::Key{-3, false}), expected[i].name);
-    }
-    // Written with capo chords and read again: each capo chord carries its
-    // source's bytes and keys, so the two are siblings and no other pair is.
-    const std::string out = tmp.path() + "/out.musicxml";
-    ASSERT_EQ(zemloHost("'" + tmp.path() + "/in.musicxml' --capo 1 -o '" + out + "'", tmp.path()).status, 0);
-    hostsim::reset();
-    sheet = mx::LeadSheet::read(out, &error);
-    ASSERT_TRUE(sheet) << error;
-    sheet->build();
-    const auto again = hostsim::score::chords(1, 1);
-    ASSERT_EQ(again.size(), 6u);
-    for (size_t i = 0; i < 3; ++i) {
-        hostsim::score::ChordRecord capo = again[3 + i];
-        EXPECT_EQ(capo.capoBits, 0x0041);
-        EXPECT_EQ(mx::chordName(capo, mx::Key{-3, false}), expected[i].shape);
-        capo.capoBits = 0;
-        capo.vertical = again[i].vertical;
-        EXPECT_EQ(std::memcmp(&capo, &again[i], sizeof capo), 0) << i;
     }
 }
 
@@ -326,11 +288,11 @@ TEST_P(ApplyFret, AddsOneCapoChordPerChordSpelledForTheKey) {
 }
 INSTANTIATE_TEST_SUITE_P(Frets, ApplyFret, ::testing::Range(1, 12));
 
-TEST(Apply, AgainWithAnotherFretUpdatesAndRemovalGivesTheOriginalBack) {
+// Removal after a re-run is ReRunAndRemovalLeaveTheUsersScoreAsItWas's.
+TEST(Apply, AgainWithAnotherFretUpdatesTheCapoChordsAndTheLabel) {
     TempDir tmp;
     const std::string original = kSamples + "harbour-lights.musicxml";
-    const std::string first = tmp.path() + "/first.musicxml", second = tmp.path() + "/second.musicxml",
-                      removed = tmp.path() + "/removed.musicxml";
+    const std::string first = tmp.path() + "/first.musicxml", second = tmp.path() + "/second.musicxml";
     ASSERT_EQ(zemloHost("'" + original + "' --capo 3 -o '" + first + "'", tmp.path()).status, 0);
     const Ran again = zemloHost("'" + first + "' --capo 5 --distance 40 -o '" + second + "'", tmp.path());
     ASSERT_EQ(again.status, 0) << again.err;
@@ -340,45 +302,6 @@ TEST(Apply, AgainWithAnotherFretUpdatesAndRemovalGivesTheOriginalBack) {
     EXPECT_EQ(before.words, (std::vector<std::string>{"Capo1"}));
     EXPECT_EQ(contents(first).words, (std::vector<std::string>{"Capo3"}));
     EXPECT_EQ(contents(second).words, (std::vector<std::string>{"Capo5"}));
-
-    const Ran removal = zemloHost("'" + second + "' --remove -o '" + removed + "'", tmp.path());
-    ASSERT_EQ(removal.status, 0) << removal.err;
-    const Contents back = contents(removed);
-    EXPECT_EQ(back.notes, before.notes);
-    ASSERT_EQ(back.chords.size(), before.chords.size());
-    for (size_t i = 0; i < before.chords.size(); ++i) EXPECT_EQ(back.chords[i].xml, before.chords[i].xml);
-    EXPECT_TRUE(back.capo.empty());
-    EXPECT_TRUE(back.words.empty());
-}
-
-TEST(Apply, RemovalWithNothingToRemoveSaysSoAndWritesTheScoreUnchanged) {
-    TempDir tmp;
-    const std::string out = tmp.path() + "/out.musicxml";
-    const Ran r = zemloHost("'" + kSamples + "slow-river.musicxml' --remove -o '" + out + "'", tmp.path());
-    ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_NE(r.out.find("Notice: "), std::string::npos) << r.out;
-    const Contents before = contents(kSamples + "slow-river.musicxml"), after = contents(out);
-    EXPECT_EQ(after.notes, before.notes);
-    ASSERT_EQ(after.chords.size(), before.chords.size());
-    for (size_t i = 0; i < before.chords.size(); ++i) EXPECT_EQ(after.chords[i].xml, before.chords[i].xml);
-}
-
-TEST(Apply, OurOwnFileReadAgainIsTheSameDocument) {
-    TempDir tmp;
-    const std::string out = tmp.path() + "/out.musicxml", again = tmp.path() + "/again.musicxml";
-    ASSERT_EQ(zemloHost("'" + kSamples + "north-wind.musicxml' --capo 2 --chord-flag -o '" + out + "'", tmp.path()).status, 0);
-    hostsim::reset();
-    std::string error;
-    auto sheet = mx::LeadSheet::read(out, &error);
-    ASSERT_TRUE(sheet) << error;
-    sheet->build();
-    size_t capoChords = 0;
-    for (int m = 1; m <= sheet->measures(); ++m)
-        for (const auto& c : hostsim::score::chords(1, static_cast<int16_t>(m))) capoChords += c.isCapo() && c.fret() == 2;
-    EXPECT_EQ(capoChords, sheet->chordCount());
-    EXPECT_EQ(sheet->fileCapo(), 2);
-    ASSERT_TRUE(sheet->write(again, &error)) << error;
-    EXPECT_EQ(fileText(again), fileText(out));
 }
 
 TEST(Apply, WorksOnTheSelectedStavesAndMeasuresOnly) {
@@ -395,18 +318,14 @@ TEST(Apply, WorksOnTheSelectedStavesAndMeasuresOnly) {
     EXPECT_TRUE(c.words.empty());
 }
 
-// A compressed MusicXML file holding `score` under the name the container gives.
-bool writeMxl(const std::string& path, const std::string& score) {
-    static const std::string container =
-        "<?xml version=\"1.0\"?><container><rootfiles><rootfile full-path=\"song/score.musicxml\"/>"
-        "</rootfiles></container>";
+// A compressed MusicXML file of these entries, by name.
+bool writeMxl(const std::string& path, const std::vector<std::pair<std::string, std::string>>& entries) {
     int code = 0;
     zip_t* z = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &code);
     if (!z) return false;
-    zip_source_t* a = zip_source_buffer(z, container.data(), container.size(), 0);
-    zip_source_t* b = zip_source_buffer(z, score.data(), score.size(), 0);
-    const bool added = zip_file_add(z, "META-INF/container.xml", a, 0) >= 0 &&
-                       zip_file_add(z, "song/score.musicxml", b, 0) >= 0;
+    bool added = true;
+    for (const auto& [name, data] : entries)
+        added = added && zip_file_add(z, name.c_str(), zip_source_buffer(z, data.data(), data.size(), 0), 0) >= 0;
     return zip_close(z) == 0 && added;
 }
 
@@ -414,10 +333,37 @@ TEST(Apply, ReadsCompressedMusicXml) {
     TempDir tmp;
     const std::string original = kSamples + "harbour-lights.musicxml";
     const std::string mxl = tmp.path() + "/harbour.mxl", out = tmp.path() + "/out.musicxml";
-    ASSERT_TRUE(writeMxl(mxl, fileText(original)));
-    const Ran r = zemloHost("'" + mxl + "' --capo 2 -o '" + out + "'", tmp.path());
-    ASSERT_EQ(r.status, 0) << r.err;
-    expectCapoChords(contents(original), contents(out), 2);
+    const std::string score = fileText(original);
+    const std::string container = "<?xml version=\"1.0\"?><container><rootfiles><rootfile full-path=\"song/score.musicxml\"/>"
+                                  "</rootfiles></container>";
+    // A container that is not well-formed (an apostrophe in a single-quoted
+    // path, as some converters write): the one score at the top level is read.
+    const std::string broken = "<container><rootfiles><rootfile full-path='Joe's Song.xml'/></rootfiles></container>";
+    struct Case {
+        const char* what;
+        std::vector<std::pair<std::string, std::string>> entries;
+        const char* warning;  // null: refused
+    } const cases[] = {
+        {"named by the container", {{"META-INF/container.xml", container}, {"song/score.musicxml", score}}, ""},
+        {"unreadable container, one score", {{"META-INF/container.xml", broken}, {"Joe's Song.xml", score}},
+         "META-INF/container.xml names no score; read Joe's Song.xml"},
+        {"unreadable container, two scores",
+         {{"META-INF/container.xml", broken}, {"a.xml", score}, {"b.musicxml", score}}, nullptr},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        fs::remove(out);
+        ASSERT_TRUE(writeMxl(mxl, c.entries));
+        const Ran r = zemloHost("'" + mxl + "' --capo 2 -o '" + out + "'", tmp.path());
+        if (!c.warning) {
+            EXPECT_NE(r.err.find("no score named by META-INF/container.xml"), std::string::npos) << r.err;
+            EXPECT_FALSE(fs::exists(out));
+            continue;
+        }
+        ASSERT_EQ(r.status, 0) << r.err;
+        EXPECT_EQ(r.err.find(*c.warning ? c.warning : "warning") != std::string::npos, *c.warning != 0) << r.err;
+        expectCapoChords(contents(original), contents(out), 2);
+    }
 
     writeFile(tmp.path() + "/plain.mxl", fileText(original));
     const Ran plain = zemloHost("'" + tmp.path() + "/plain.mxl' -o '" + tmp.path() + "/x.musicxml'", tmp.path());
@@ -470,7 +416,7 @@ TEST(Output, OpensInAMusicXmlReader) {
 
 struct BadCase {
     const char* what;
-    std::string file;  // written to in.musicxml; empty: none
+    std::string file;  // written to in.musicxml; empty: none; "50 MB": that many bytes
     std::string args;
     const char* message;
 };
@@ -483,11 +429,10 @@ const std::string kNote = "<note><rest/><duration>4</duration></note>";
 TEST(Apply, RefusesBadFilesAndOptionsWithOneMessageAndWritesNothing) {
     const BadCase cases[] = {
         {"missing file", "", "'{dir}/absent.musicxml'", "no such file"},
+        {"too large", "50 MB", "", "is 50.0 MB; zemlo-host reads MusicXML files up to 16 MB"},
         {"truncated XML", kHead + "<measure number=\"1\">" + kChord, "", "not well-formed XML"},
         {"not MusicXML", "<html><body/></html>", "", "not a partwise MusicXML score"},
         {"its own entities", "<?xml version=\"1.0\"?><!DOCTYPE score-partwise [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;&a;&a;\">]>" + kHead.substr(21) + "<measure number=\"1\">" + kChord + "<note><rest/><duration>&b;</duration></note></measure></part></score-partwise>", "", "declares its own XML entities"},
-        {"harmony without root", kHead + "<measure number=\"1\"><harmony><kind>major</kind></harmony>" + kNote + "</measure></part></score-partwise>", "", "without a root"},
-        {"measure out of order", kHead + "<measure number=\"2\">" + kChord + kNote + "</measure><measure number=\"1\">" + kNote + "</measure></part></score-partwise>", "", "out of order"},
         {"no chords", kHead + "<measure number=\"1\">" + kNote + "</measure></part></score-partwise>", "", "no chord symbols"},
         {"fret 0", kHead + "<measure number=\"1\">" + kChord + kNote + "</measure></part></score-partwise>", "--capo 0", "fret from 1 to 63"},
         {"fret not a number", "", "--capo three", "fret from 1 to 63"},
@@ -502,7 +447,8 @@ TEST(Apply, RefusesBadFilesAndOptionsWithOneMessageAndWritesNothing) {
         SCOPED_TRACE(c.what);
         const std::string in = tmp.path() + "/in.musicxml", out = tmp.path() + "/out.musicxml";
         fs::remove(in);
-        if (!c.file.empty()) writeFile(in, c.file);
+        if (!c.file.empty()) writeFile(in, c.file == "50 MB" ? kHead : c.file);
+        if (c.file == "50 MB") fs::resize_file(in, 50u << 20);  // sparse
         std::string args = c.args;
         if (args.find("{dir}") != std::string::npos) args.replace(args.find("{dir}"), 5, tmp.path());
         if (!c.file.empty()) args = "'" + in + "' " + args;
@@ -511,17 +457,6 @@ TEST(Apply, RefusesBadFilesAndOptionsWithOneMessageAndWritesNothing) {
         EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
         EXPECT_FALSE(fs::exists(out));
     }
-}
-
-TEST(Apply, RefusesAFileTooLargeToRead) {
-    TempDir tmp;
-    const std::string in = tmp.path() + "/large.musicxml", out = tmp.path() + "/out.musicxml";
-    writeFile(in, kHead);
-    fs::resize_file(in, 50u << 20);  // 50 MB, sparse
-    const Ran r = zemloHost("'" + in + "' -o '" + out + "'", tmp.path());
-    EXPECT_NE(r.status, 0);
-    EXPECT_NE(r.err.find("is 50.0 MB; zemlo-host reads MusicXML files up to 16 MB"), std::string::npos) << r.err;
-    EXPECT_FALSE(fs::exists(out));
 }
 
 // The diagram written with each capo chord at capo 2 in D major, whose shapes
@@ -636,41 +571,168 @@ TEST(Advisor, RanksCaposAndChoosesOneOfOneToSeven) {
     }
 }
 
-// Public files nobody here wrote: every capo root and bass written at frets
-// 1, 3 and 7 as the shapes' key reads it. Files the host refuses are counted,
-// not checked (their faults are the reader's).
-TEST(Corpus, CapoChordsAreSpelledInTheKeyOfTheShapes) {
-    const fs::path corpus = CAPOCHORDS_SOURCE_DIR "/../shared/corpus/real";
-    if (!fs::is_directory(corpus)) GTEST_SKIP() << "no public MusicXML files at " << corpus;
+struct Score {
+    std::string tree;  // elements, attributes and texts, whitespace left out
+    size_t rooted = 0, alternate = 0;  // <harmony> with a root (not N.C.), and alternate ones
+};
+
+void countHarmonies(xmlNodePtr n, Score& s) {
+    for (; n; n = n->next) {
+        if (is(n, "harmony") && prop(n, "type") == "alternate") ++s.alternate;
+        else if (is(n, "harmony")) s.rooted += child(n, "root") && text(child(n, "kind")) != "none";
+        else countHarmonies(n->children, s);
+    }
+}
+
+// The score of a file, unpacked by libzip when compressed: the entry outside
+// META-INF whose root is a partwise score.
+Score scoreOf(const fs::path& file) {
+    std::string xml = file.extension() == ".mxl" ? "" : fileText(file.string());
+    int code = 0;
+    zip_t* z = file.extension() == ".mxl" ? zip_open(file.c_str(), ZIP_RDONLY, &code) : nullptr;
+    for (zip_int64_t i = 0; z && xml.empty() && i < zip_get_num_entries(z, 0); ++i) {
+        zip_stat_t st;
+        zip_file_t* f = zip_fopen_index(z, static_cast<zip_uint64_t>(i), 0);
+        if (zip_stat_index(z, static_cast<zip_uint64_t>(i), 0, &st) == 0 && f &&
+            std::string(st.name).rfind("META-INF/", 0) != 0) {
+            std::string data(st.size, '\0');
+            if (zip_fread(f, data.data(), st.size) == static_cast<zip_int64_t>(st.size) &&
+                data.find("<score-partwise") != std::string::npos) xml = data;
+        }
+        if (f) zip_fclose(f);
+    }
+    if (z) zip_close(z);
+    Score s;
+    xmlDocPtr d = xmlReadMemory(xml.data(), static_cast<int>(xml.size()), "score", nullptr,
+                                XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
+    if (!d) return s;
+    for (xmlNodePtr c = xmlDocGetRootElement(d)->children; c; c = c->next)
+        if (c->type == XML_ELEMENT_NODE) s.tree += dump(c);  // not the root's version
+    countHarmonies(xmlDocGetRootElement(d), s);
+    xmlFreeDoc(d);
+    return s;
+}
+
+// Capo 3, capo 2 on that, removal: the second run adds no capo chord the
+// first did not, none beyond one per rooted chord, and removal gives the
+// original back. Empty when all went so; otherwise what went wrong.
+std::string rerunAndRemove(const fs::path& in, const std::string& dir, int first = 3, int second = 2,
+                           std::string* listing = nullptr) {
+    const std::string a = dir + "/a.musicxml", b = dir + "/b.musicxml", c = dir + "/c.musicxml";
+    fs::remove(a), fs::remove(b);
+    const Score original = scoreOf(in);
+    const Ran r1 = zemloHost("'" + in.string() + "' --capo " + std::to_string(first) + " -o '" + a + "'", dir);
+    if (r1.status != 0) return "refused: " + r1.err;
+    if (listing) *listing = r1.out;
+    const Ran r2 = zemloHost("'" + a + "' --capo " + std::to_string(second) + " -o '" + b + "'", dir);
+    const Ran r3 = zemloHost("'" + b + "' --remove -o '" + c + "'", dir);
+    if (r2.status != 0 || r3.status != 0) return "re-run or removal refused: " + r2.err + r3.err;
+    const Score once = scoreOf(a), twice = scoreOf(b), back = scoreOf(c);
+    const std::vector<Chord> chords = contents(b).chords;
+    for (size_t i = 1; i < chords.size(); ++i)
+        if (chords[i].alternate && !chords[i - 1].alternate && chords[i].pc != (chords[i - 1].pc + 12 - second % 12) % 12)
+            return "a capo chord not updated to fret " + std::to_string(second) + ": " + chords[i].xml;
+    if (once.alternate - original.alternate > original.rooted || twice.alternate - original.alternate > original.rooted)
+        return "capo chords " + std::to_string(once.alternate - original.alternate) + " then " +
+               std::to_string(twice.alternate - original.alternate) + " for " + std::to_string(original.rooted) +
+               " chords";
+    const size_t at = static_cast<size_t>(
+        std::mismatch(back.tree.begin(), back.tree.end(), original.tree.begin(), original.tree.end()).first -
+        back.tree.begin());
+    return back.tree == original.tree ? "" : "not the original after removal: " + back.tree.substr(at, 160);
+}
+
+// The user's score through a run, a re-run and removal, in files of our own:
+// recognising our capo chords, and what must come back unchanged.
+TEST(Apply, ReRunAndRemovalLeaveTheUsersScoreAsItWas) {
+    const auto measure = [](const char* number, const std::string& inner) {
+        return "<measure number=\"" + std::string(number) + "\">" + inner + "</measure>";
+    };
+    const auto details = [](const std::string& d) {
+        return "<attributes><divisions>1</divisions>" + d + "</attributes>";
+    };
+    const std::string fsus = "<harmony><root><root-step>F</root-step><root-alter>1</root-alter></root><kind>suspended-fourth"
+                             "</kind><bass><bass-step>B</bass-step></bass></harmony>";
+    struct Case {
+        const char* what;
+        std::string part;
+        int first, second;      // frets
+        const char* capoAfter;  // the re-run's <capo>
+        const char* listed;     // in the first run's listing
+    } const cases[] = {
+        {"attributes after the first chord", measure("1", kChord + kNote + details("")), 3, 2, "2", ""},
+        {"no attributes, two chords at one onset", measure("1", kChord + fsus + kNote + fsus + kNote), 3, 2, "2", ""},
+        {"a fret beyond 11", measure("1", details("") + kChord + kNote), 15, 14, "14", ""},
+        {"the user's capo, another fret", measure("1", details("<staff-details><capo>5</capo></staff-details>") + kChord + kNote),
+         3, 2, "5", ""},
+        {"the user's capo, the run's fret", measure("1", details("<staff-details><capo>3</capo></staff-details>") + kChord + kNote),
+         3, 3, "3", ""},
+        {"the user's empty staff-details", measure("1", details("<staff-details print-object=\"no\"/>") + kChord + kNote),
+         3, 2, "2", ""},
+        {"words with and without a height",
+         measure("1", "<direction><direction-type><words default-y=\"40.56\">Swing</words></direction-type></direction>"
+                      "<direction><direction-type><words>Bossa</words></direction-type></direction>" + kChord + kNote),
+         3, 2, "2", ""},
+        {"no root, no chord, measure numbers repeated, lettered, falling",
+         measure("1", "<harmony><numeral><numeral-root>5</numeral-root></numeral><kind>dominant</kind></harmony>" + kNote) +
+             measure("1", "<harmony><function>V</function><kind>dominant</kind></harmony>" + kChord + kNote) +
+             measure("X1", "<harmony><root><root-step>C</root-step></root><kind>none</kind></harmony>" + kNote) +
+             measure("0", kChord + kNote),
+         3, 2, "2", "Left alone: 3 <harmony>"},
+    };
     TempDir tmp;
-    int files = 0, refused = 0, checked = 0;
-    for (const auto& entry : fs::directory_iterator(corpus)) {
-        const std::string ext = entry.path().extension().string();
-        if (ext != ".musicxml" && ext != ".xml" && ext != ".mxl") continue;
-        ++files;
-        for (int fret : {1, 3, 7}) {
-            const std::string out = tmp.path() + "/out.musicxml";
-            if (zemloHost("'" + entry.path().string() + "' --capo " + std::to_string(fret) + " -o '" + out + "'",
-                          tmp.path()).status != 0) {
-                ++refused;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const std::string in = tmp.path() + "/in.musicxml";
+        writeFile(in, kHead + c.part + "</part></score-partwise>");
+        std::string listing;
+        EXPECT_EQ(rerunAndRemove(in, tmp.path(), c.first, c.second, &listing), "");
+        EXPECT_EQ(contents(tmp.path() + "/b.musicxml").capo["P1"], c.capoAfter);
+        EXPECT_NE(listing.find(c.listed), std::string::npos) << listing;
+    }
+}
+
+// Every public and fault file: read; capo 3, capo 2 on that, removal (above);
+// and every capo root and bass of both runs as the shapes' key reads it.
+TEST(Corpus, ReRunsAddNothingRemovalGivesTheOriginalBackCapoChordsSpelledForTheKey) {
+    const fs::path corpus = CAPOCHORDS_SOURCE_DIR "/../shared/corpus";
+    if (!fs::is_directory(corpus)) GTEST_SKIP() << "no MusicXML corpus at " << corpus;
+    // Files that still fail for a fault beyond these runs' rules, with why.
+    const std::map<std::string, std::string> known = {
+        {"distinct_onsets_32.musicxml", "the command stops a staff-measure's walk at 16 new capo chords, so the "
+                                        "re-run adds 16 and leaves the first run's 16 at fret 3 (its limit, not "
+                                        "the mapping's)"},
+    };
+    TempDir tmp;
+    int files = 0, passed = 0, checked = 0;
+    for (const char* folder : {"real", "repro"})
+        for (const auto& entry : fs::directory_iterator(corpus / folder)) {
+            const std::string ext = entry.path().extension().string(), name = entry.path().filename().string();
+            if (ext != ".musicxml" && ext != ".xml" && ext != ".mxl") continue;
+            ++files;
+            const std::string fault = rerunAndRemove(entry.path(), tmp.path());
+            passed += fault.empty();
+            if (known.count(name)) {
+                EXPECT_FALSE(fault.empty()) << name << " passes now: take it off the known list";
                 continue;
             }
-            const std::vector<Chord> chords = contents(out).chords;
-            for (size_t i = 1; i < chords.size(); ++i) {
-                const Chord &source = chords[i - 1], &capo = chords[i];
-                if (!capo.alternate || source.alternate || source.root.empty()) continue;
-                SCOPED_TRACE(entry.path().filename().string() + " m" + std::to_string(capo.measure) + " fret " +
-                             std::to_string(fret));
-                EXPECT_EQ(capo.root, shapeByName(source.root, source.fifths, fret));
-                ++checked;
-                if (!source.bass.empty()) {
-                    EXPECT_EQ(capo.bass, shapeByName(source.bass, source.fifths, fret));
+            EXPECT_EQ(fault, "") << name;
+            for (const auto& [file, fret] : {std::pair{"/a.musicxml", 3}, {"/b.musicxml", 2}}) {
+                const std::vector<Chord> chords = contents(tmp.path() + file).chords;
+                for (size_t i = 1; i < chords.size(); ++i) {
+                    const Chord &source = chords[i - 1], &capo = chords[i];
+                    if (!capo.alternate || source.alternate || source.root.empty()) continue;
+                    SCOPED_TRACE(name + " m" + std::to_string(capo.measure) + " fret " + std::to_string(fret));
+                    EXPECT_EQ(capo.root, shapeByName(source.root, source.fifths, fret));
+                    if (!source.bass.empty()) {
+                        EXPECT_EQ(capo.bass, shapeByName(source.bass, source.fifths, fret));
+                    }
                     ++checked;
                 }
             }
         }
-    }
-    std::printf("%d files, %d runs refused, %d capo roots and basses checked\n", files, refused, checked);
+    std::printf("%d files, %d through, %zu known exceptions, %d capo chords spelled\n", files, passed, known.size(),
+                checked);
     EXPECT_GT(checked, 0);
 }
 

@@ -70,8 +70,18 @@ std::vector<ConcertChord> LeadSheet::concertChords() const {
 
 int LeadSheet::fileCapo() const {
     for (const auto& p : s_->parts)
+        if (!p->capoChords.empty()) return p->capoChords.front().record.fret();
+    for (const auto& p : s_->parts)
         if (p->capoFret > 0) return p->capoFret;
     return 0;
+}
+
+size_t LeadSheet::leftAlone() const {
+    return s_->leftAlone;
+}
+
+const std::vector<std::string>& LeadSheet::warnings() const {
+    return s_->warnings;
 }
 
 } // namespace musicxml

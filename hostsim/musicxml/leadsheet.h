@@ -1,10 +1,10 @@
 // MusicXML lead sheets in and out of the simulated document.
 //
 // A partwise score becomes staves (one per part) and measures; every
-// <harmony> becomes a chord record of its staff-measure, in onset order. The
-// parsed tree is kept: writing it back only adds, changes or removes the
-// elements the simulated host owns (capo chords, the capo fret, label words),
-// so everything else leaves as it came in.
+// <harmony> with a root becomes a chord record of its staff-measure, in onset
+// order. The parsed tree is kept: writing it back only adds, changes or
+// removes the elements the simulated host owns (capo chords, a <capo> of its
+// own, label words the command changed), so everything else leaves as it came.
 #ifndef CAPOCHORDS_HOSTSIM_MUSICXML_LEADSHEET_H
 #define CAPOCHORDS_HOSTSIM_MUSICXML_LEADSHEET_H
 
@@ -33,8 +33,7 @@ class LeadSheet {
 
     // Reads and checks a file (.mxl: the score inside the compressed file).
     // Null with the reason in *error when it is missing, too large, not
-    // well-formed, not a partwise score, or holds a measure out of order or a
-    // <harmony> without a root.
+    // well-formed or not a partwise score.
     static std::unique_ptr<LeadSheet> read(const std::string& path, std::string* error);
 
     // Puts the score into the simulated document (which should be empty):
@@ -55,8 +54,13 @@ class LeadSheet {
     Key key(int staff, int measure) const;
     // Every chord of the score as the capo advisor weighs it, in file order.
     std::vector<ConcertChord> concertChords() const;
-    // The fret of a <capo> in the file's first part that has one; 0: none.
+    // The fret of the first capo chords read back, else of a <capo> in the
+    // file's first part that has one; 0: none.
     int fileCapo() const;
+    // <harmony> elements kept as they stand, with no record: no root, or no chord.
+    size_t leftAlone() const;
+    // What the reader worked around (an unreadable container, say), one line each.
+    const std::vector<std::string>& warnings() const;
 
   private:
     explicit LeadSheet(std::unique_ptr<Sheet> sheet);

@@ -158,7 +158,7 @@ void buildRecords(Sheet& sheet) {
         p.labelByBlock.clear();
         for (const Label& l : p.labels) {
             s.textBlock(staff, 1, -200, l.vertical, l.text);
-            p.labelByBlock[score::measureTexts(staff, 1).back().blockNumber] = l.node;
+            p.labelByBlock[score::measureTexts(staff, 1).back().blockNumber] = l;
         }
     }
 }

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <sys/stat.h>
@@ -78,27 +79,57 @@ bool readEntry(zip_t* z, const std::string& name, std::string* data) {
     return n >= 0 || data->size() > kMaxFileBytes;
 }
 
+// The root file that META-INF/container.xml names; empty when it names none
+// or cannot be read.
+std::string rootFile(zip_t* z) {
+    std::string container, score;
+    if (!readEntry(z, "META-INF/container.xml", &container)) return score;
+    xmlDocPtr d =
+        xmlReadMemory(container.data(), static_cast<int>(container.size()), "container.xml",
+                      nullptr, XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
+    xmlNodePtr rootfile =
+        child(child(d ? xmlDocGetRootElement(d) : nullptr, "rootfiles"), "rootfile");
+    score = rootfile ? attr(rootfile, "full-path") : "";
+    if (d) xmlFreeDoc(d);
+    return score;
+}
+
+// The one score at the archive's top level (.musicxml or .xml); empty when
+// there is none or more than one.
+std::string onlyTopLevelScore(zip_t* z) {
+    std::string found;
+    const zip_int64_t n = zip_get_num_entries(z, 0);
+    for (zip_int64_t i = 0; i < n; ++i) {
+        const char* name = zip_get_name(z, static_cast<zip_uint64_t>(i), 0);
+        const std::string entry = name ? name : "";
+        const size_t dot = entry.find_last_of('.');
+        const std::string ext = dot == std::string::npos ? "" : entry.substr(dot);
+        if (entry.find('/') != std::string::npos || (ext != ".musicxml" && ext != ".xml")) continue;
+        if (!found.empty()) return "";
+        found = entry;
+    }
+    return found;
+}
+
 // The score of a compressed MusicXML file: the first root file that
-// META-INF/container.xml names.
-bool unpack(const std::string& path, std::string* data, std::string* error) {
+// META-INF/container.xml names, or, when the container cannot be read, the
+// one score at the top level (with a warning).
+bool unpack(const std::string& path, std::string* data, std::string* error,
+            std::vector<std::string>* warnings) {
     int code = 0;
     zip_t* z = zip_open(path.c_str(), ZIP_RDONLY, &code);
     if (!z) {
         *error = path + " is not compressed MusicXML (not a zip archive)";
         return false;
     }
-    std::string container, score;
-    bool ok = readEntry(z, "META-INF/container.xml", &container);
-    if (ok) {
-        xmlDocPtr d =
-            xmlReadMemory(container.data(), static_cast<int>(container.size()), "container.xml",
-                          nullptr, XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
-        xmlNodePtr rootfile =
-            child(child(d ? xmlDocGetRootElement(d) : nullptr, "rootfiles"), "rootfile");
-        score = rootfile ? attr(rootfile, "full-path") : "";
-        if (d) xmlFreeDoc(d);
+    std::string score = rootFile(z);
+    if (score.empty()) {
+        score = onlyTopLevelScore(z);
+        if (!score.empty())
+            warnings->push_back(path + ": META-INF/container.xml names no score; read " + score +
+                                ", the one score at the top level");
     }
-    ok = ok && !score.empty() && readEntry(z, score, data);
+    const bool ok = !score.empty() && readEntry(z, score, data);
     zip_close(z);
     if (!ok) {
         *error = path + " is not compressed MusicXML (no score named by META-INF/container.xml)";
@@ -113,10 +144,11 @@ bool unpack(const std::string& path, std::string* data, std::string* error) {
 }
 
 // The file's bytes: as they are, or the score inside a compressed file.
-bool loadFile(const std::string& path, std::string* data, std::string* error) {
+bool loadFile(const std::string& path, std::string* data, std::string* error,
+              std::vector<std::string>* warnings) {
     if (!readFile(path, data, error)) return false;
     return path.size() <= 4 || path.compare(path.size() - 4, 4, ".mxl") != 0 ||
-           unpack(path, data, error);
+           unpack(path, data, error, warnings);
 }
 
 // The tree of a partwise score. No network, no external DTD, entities left
@@ -161,15 +193,12 @@ xmlNodePtr scoreOf(xmlDocPtr doc, const std::string& path, std::string* error) {
     return root;
 }
 
-// A harmony's first chord: root, kind, bass. False when it has no root.
-bool readHarmony(xmlNodePtr h, ChordFields* f, std::string* error) {
+// A harmony's first chord: root, kind, bass. False when it has no root
+// (a numeral or a function) or is no chord (kind none): left alone.
+bool readHarmony(xmlNodePtr h, ChordFields* f) {
     xmlNodePtr root = child(h, "root");
     const int step = stepOf(text(child(root, "root-step")));
-    if (!root || step < 0) {
-        *error = "a <harmony> without a root (line " + std::to_string(xmlGetLineNo(h)) +
-                 "); zemlo-host reads chords with a <root> and <root-step> A to G";
-        return false;
-    }
+    if (!root || step < 0 || text(child(h, "kind")) == "none") return false;
     f->rootStep = step;
     f->rootAlter =
         static_cast<int>(std::max(-2L, std::min(2L, integer(child(root, "root-alter"), 0))));
@@ -183,6 +212,22 @@ bool readHarmony(xmlNodePtr h, ChordFields* f, std::string* error) {
     return true;
 }
 
+int semitonesDown(Pitch from, Pitch to) {
+    return ((pitchClass(from) - pitchClass(to)) % 12 + 12) % 12;
+}
+
+// The comment right after a <capo>, when this host wrote it; null otherwise.
+xmlNodePtr ourMark(xmlNodePtr capo) {
+    xmlNodePtr n = capo->next;
+    while (n && xmlIsBlankNode(n))
+        n = n->next;
+    if (!n || n->type != XML_COMMENT_NODE) return nullptr;
+    const char* t = reinterpret_cast<const char*>(n->content);
+    for (const char* mark : kOurMarks)
+        if (t && std::strcmp(t, mark) == 0) return n;
+    return nullptr;
+}
+
 // One part, measure by measure, onsets counted in the part's divisions.
 class PartReader {
   public:
@@ -191,18 +236,27 @@ class PartReader {
           staff_(static_cast<int>(sheet.parts.size()) + 1) {}
 
     bool read(xmlNodePtr partNode) {
-        for (xmlNodePtr m : children(partNode, "measure"))
+        const auto measures = children(partNode, "measure");
+        // The <capo> is known before any chord, wherever the attributes stand.
+        if (!measures.empty())
+            for (xmlNodePtr a : children(measures[0], "attributes"))
+                if (xmlNodePtr capo = child(child(a, "staff-details"), "capo")) {
+                    part_.capo = capo;
+                    part_.capoMark = ourMark(capo);
+                    part_.capoFret = static_cast<int>(integer(capo, 0));
+                }
+        // Measures are positions: their numbers may repeat, hold letters or go back.
+        for (xmlNodePtr m : measures)
             if (!measure(m)) return false;
         // Ordinary chords are numbered in file order; a capo chord took its source's fields.
-        for (const Harmony& a : alternates_) {
+        for (const auto& [a, fret] : alternates_) {
             CapoChord capo;
             capo.record.vertical = a.vertical;
             setFields(capo.record, a.fields);
-            capo.record.capoBits = static_cast<uint16_t>(0x0040 | part_.capoFret);
+            capo.record.capoBits = static_cast<uint16_t>(0x0040 | fret);
             capo.measure = a.measure;
             part_.capoChords.push_back(capo);
         }
-        part_.ownsCapo = part_.capo && !alternates_.empty();
         return true;
     }
 
@@ -211,13 +265,12 @@ class PartReader {
         const int index = static_cast<int>(part_.measures.size()) + 1;
         if (index > kMaxMeasures)
             return fail(path_ + " has more measures than zemlo-host keeps (32767)");
-        if (!inOrder(m, index)) return false;
         part_.measures.push_back(m);
         pos_ = 0;
         lastOrdinary_ = nullptr;
         for (xmlNodePtr c : children(m)) {
             if (is(c, "attributes"))
-                attributes(c, index);
+                attributes(c);
             else if (is(c, "note"))
                 pos_ +=
                     child(c, "chord") || child(c, "grace") ? 0 : integer(child(c, "duration"), 0);
@@ -227,27 +280,14 @@ class PartReader {
                 pos_ += integer(child(c, "duration"), 0);
             else if (is(c, "direction") && index == 1 && pos_ == 0 && !child(c, "offset"))
                 label(c);
-            else if (is(c, "harmony") && !harmony(c, m, index))
-                return false;
+            else if (is(c, "harmony"))
+                harmony(c, index);
         }
         part_.keys.push_back(key_);
         return true;
     }
 
-    // Numbered measures must rise; implicit ones (pickups) may repeat a number.
-    bool inOrder(xmlNodePtr m, int index) {
-        double n = 0;
-        const std::string numberText = attr(m, "number");
-        if (!number(numberText, &n) || attr(m, "implicit") == "yes") return true;
-        if (index > 1 && n <= lastNumber_)
-            return fail(path_ + ": measure " + numberText + " of part " + part_.id +
-                        " is out of order (it follows measure " + std::to_string(lastNumber_) +
-                        ")");
-        lastNumber_ = std::lround(n);
-        return true;
-    }
-
-    void attributes(xmlNodePtr c, int index) {
+    void attributes(xmlNodePtr c) {
         divisions_ = std::max(1L, integer(child(c, "divisions"), divisions_));
         if (xmlNodePtr key = child(c, "key")) {
             // A key without <fifths> (a non-traditional one) keeps the one in force.
@@ -257,11 +297,6 @@ class PartReader {
                 key_.minor = text(child(key, "mode")) == "minor";
             }
         }
-        if (index != 1) return;
-        if (xmlNodePtr capo = child(child(c, "staff-details"), "capo")) {
-            part_.capo = capo;
-            part_.capoFret = static_cast<int>(integer(capo, 0));
-        }
     }
 
     void label(xmlNodePtr direction) {
@@ -269,40 +304,51 @@ class PartReader {
             part_.labels.push_back({utf16(text(words)), evpuOf(words), direction});
     }
 
-    bool harmony(xmlNodePtr c, xmlNodePtr m, int index) {
+    void harmony(xmlNodePtr c, int index) {
         Harmony h;
         h.node = c;
         h.staff = staff_;
         h.measure = index;
         h.vertical = evpuOf(c);
-        if (!readHarmony(c, &h.fields, error_))
-            return fail(path_ + ": part " + part_.id + ", measure " + attr(m, "number") +
-                        " (line " + std::to_string(xmlGetLineNo(m)) + ") holds " + *error_);
+        if (!readHarmony(c, &h.fields)) {
+            ++sheet_.leftAlone;
+            lastOrdinary_ = nullptr; // a chord after it does not follow its source directly
+            return;
+        }
         const long at = pos_ + integer(child(c, "offset"), 0);
         h.fields.onset = static_cast<int32_t>(std::max<long long>(
             -2000000000LL, std::min<long long>(2000000000LL, static_cast<long long>(at) *
                                                                  kOnsetPerQuarter / divisions_)));
-        if (isCapoChord(c, h)) {
+        if (const int fret = capoFret(c, h)) {
             h.fields = lastOrdinary_->fields;
-            alternates_.push_back(h);
+            alternates_.emplace_back(h, fret);
             part_.capoNodes.push_back(c);
         } else {
             h.fields.harmony = static_cast<uint32_t>(sheet_.harmonies.size() + 1);
             sheet_.harmonies.push_back(std::make_unique<Harmony>(h));
             lastOrdinary_ = sheet_.harmonies.back().get();
         }
-        return true;
     }
 
-    // An alternate chord right after a chord at its onset, a capo fret lower,
-    // is a capo chord written by this host.
-    bool isCapoChord(xmlNodePtr c, const Harmony& h) const {
-        if (attr(c, "type") != "alternate" || part_.capoFret <= 0 || part_.capoFret >= 64 ||
-            !lastOrdinary_ || lastOrdinary_->fields.onset != h.fields.onset)
-            return false;
-        const ChordFields& source = lastOrdinary_->fields;
-        return pitchClass({h.fields.rootStep, h.fields.rootAlter}) ==
-               ((pitchClass({source.rootStep, source.rootAlter}) - part_.capoFret) % 12 + 12) % 12;
+    // An alternate chord directly after its source (or the source's other
+    // capo chords) at its onset, of its kind, with a bass where it has one,
+    // root and bass the same whole number of semitones lower, is a capo
+    // chord written by this host. That interval is its fret, unless the
+    // part's <capo> agrees with it modulo 12 (frets beyond 11). 0: not one.
+    int capoFret(xmlNodePtr c, const Harmony& h) const {
+        if (attr(c, "type") != "alternate" || !lastOrdinary_ ||
+            lastOrdinary_->fields.onset != h.fields.onset)
+            return 0;
+        const ChordFields &source = lastOrdinary_->fields, &capo = h.fields;
+        if (capo.kind != source.kind || (capo.bassStep < 0) != (source.bassStep < 0)) return 0;
+        const int interval =
+            semitonesDown({source.rootStep, source.rootAlter}, {capo.rootStep, capo.rootAlter});
+        if (source.bassStep >= 0 && semitonesDown({source.bassStep, source.bassAlter},
+                                                  {capo.bassStep, capo.bassAlter}) != interval)
+            return 0;
+        if (part_.capoFret > 0 && part_.capoFret < 64 && part_.capoFret % 12 == interval)
+            return part_.capoFret;
+        return interval;
     }
 
     bool fail(const std::string& why) {
@@ -317,10 +363,9 @@ class PartReader {
     const int staff_;
     long divisions_ = 1;
     Key key_;
-    long lastNumber_ = 0;
     long pos_ = 0; // in divisions
     const Harmony* lastOrdinary_ = nullptr;
-    std::vector<Harmony> alternates_;
+    std::vector<std::pair<Harmony, int>> alternates_; // with their frets
 };
 
 } // namespace
@@ -331,8 +376,8 @@ Sheet::~Sheet() {
 
 std::unique_ptr<Sheet> readSheet(const std::string& path, std::string* error) {
     std::string data;
-    if (!loadFile(path, &data, error)) return nullptr;
     auto sheet = std::make_unique<Sheet>();
+    if (!loadFile(path, &data, error, &sheet->warnings)) return nullptr;
     sheet->doc = parse(data, path, error);
     xmlNodePtr root = sheet->doc ? scoreOf(sheet->doc, path, error) : nullptr;
     if (!root) return nullptr;

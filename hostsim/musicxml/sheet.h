@@ -39,17 +39,24 @@ struct Label {
     xmlNodePtr node = nullptr;
 };
 
+// The comment right after a <capo> this host wrote, by how many of it and
+// its ancestors are ours: the <capo>, its <staff-details>, their <attributes>.
+// A <capo> without one is the user's, never changed or removed.
+constexpr const char* const kOurMarks[] = {
+    " capo of the capo chords ", " capo and staff-details of the capo chords ",
+    " capo, staff-details and attributes of the capo chords "};
+
 struct Part {
     std::string id, name;
     std::vector<xmlNodePtr> measures;
-    std::vector<Key> keys;     // in force per measure
-    xmlNodePtr capo = nullptr; // <capo> of the first measure's attributes
-    bool ownsCapo = false;     // read back with capo chords, or written by us
+    std::vector<Key> keys;         // in force per measure
+    xmlNodePtr capo = nullptr;     // <capo> of the first measure's attributes
+    xmlNodePtr capoMark = nullptr; // our comment after it: the <capo> is ours
     int capoFret = 0;
     std::vector<xmlNodePtr> capoNodes; // capo chords in the tree: removed before every write
     std::vector<CapoChord> capoChords;
     std::vector<Label> labels;
-    std::map<uint16_t, xmlNodePtr> labelByBlock; // label directions by text block number
+    std::map<uint16_t, Label> labelByBlock; // label directions by text block number
 };
 
 struct Sheet {
@@ -59,6 +66,8 @@ struct Sheet {
     int measures = 0;
     std::vector<std::unique_ptr<Part>> parts;
     std::vector<std::unique_ptr<Harmony>> harmonies; // by number, from 1
+    size_t leftAlone = 0;                            // <harmony> without a root, or N.C.
+    std::vector<std::string> warnings;
 };
 
 // reader.cpp: a checked file as a tree and what it holds. Null after

@@ -12,6 +12,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <unistd.h>
@@ -47,12 +48,16 @@ void setPitch(xmlNodePtr parent, const char* stepName, const char* alterName, Pi
 // Where the <attributes> of a measure take a <staff-details>: before these.
 const char* const kAfterStaffDetails[] = {"transpose", "for-part", "directive", "measure-style"};
 
-xmlNodePtr ensureCapo(xmlNodePtr measure) {
+// A new <capo> in the first measure, with the comment that marks it and
+// whatever of its <staff-details> and <attributes> we had to add as ours.
+xmlNodePtr addCapo(xmlNodePtr measure, xmlNodePtr* mark) {
+    size_t ours = 0;
     xmlNodePtr attributes = child(measure, "attributes");
     if (!attributes) {
         attributes = xmlNewNode(nullptr, X("attributes"));
         xmlNodePtr first = measure->children;
         first ? xmlAddPrevSibling(first, attributes) : xmlAddChild(measure, attributes);
+        ++ours;
     }
     xmlNodePtr details = child(attributes, "staff-details");
     if (!details) {
@@ -62,11 +67,30 @@ xmlNodePtr ensureCapo(xmlNodePtr measure) {
             for (const char* name : kAfterStaffDetails)
                 if (!before && is(c, name)) before = c;
         before ? xmlAddPrevSibling(before, details) : xmlAddChild(attributes, details);
+        ++ours;
     }
     xmlNodePtr capo = xmlNewNode(nullptr, X("capo"));
     xmlNodePtr size = child(details, "staff-size");
     size ? xmlAddPrevSibling(size, capo) : xmlAddChild(details, capo);
+    *mark = xmlNewComment(X(kOurMarks[ours]));
+    xmlAddNextSibling(capo, *mark);
     return capo;
+}
+
+// Takes out a <capo> of ours with its mark, and the ancestors the mark says
+// we added, where nothing else has come into them since.
+void dropCapo(xmlNodePtr capo, xmlNodePtr mark) {
+    size_t ours = 0;
+    for (size_t i = 0; i < std::size(kOurMarks); ++i)
+        if (xmlStrcmp(mark->content, X(kOurMarks[i])) == 0) ours = i;
+    xmlNodePtr parent = capo->parent;
+    drop(capo);
+    drop(mark);
+    for (; ours > 0 && parent && children(parent).empty(); --ours) {
+        xmlNodePtr up = parent->parent;
+        drop(parent);
+        parent = up;
+    }
 }
 
 // The diagram of an open shape, frets counted from the capo as the player
@@ -122,19 +146,15 @@ xmlNodePtr capoCopy(const Harmony& source, const ChordRecord& c, Key concert, bo
     return copy;
 }
 
-// The capo fret in the part's first measure; taken out again when the part
-// has no capo chords and the fret was ours.
+// The capo fret in the part's first measure, in a <capo> of ours: written
+// where the part has none, taken out again when the part has no capo chords.
 void writeCapoFret(Part& p, int fret) {
     if (fret) {
-        if (!p.capo) p.capo = ensureCapo(p.measures[0]);
-        xmlNodeSetContent(p.capo, X(std::to_string(fret).c_str()));
-        p.ownsCapo = true;
-    } else if (p.capo && p.ownsCapo) {
-        xmlNodePtr details = p.capo->parent;
-        drop(p.capo);
-        p.capo = nullptr;
-        p.ownsCapo = false;
-        if (details && children(details).empty()) drop(details);
+        if (!p.capo) p.capo = addCapo(p.measures[0], &p.capoMark);
+        if (p.capoMark) xmlNodeSetContent(p.capo, X(std::to_string(fret).c_str()));
+    } else if (p.capoMark) {
+        dropCapo(p.capo, p.capoMark);
+        p.capo = p.capoMark = nullptr;
     }
 }
 
@@ -147,13 +167,14 @@ std::optional<std::u16string> labelText(const score::MeasureTextRecord& mt) {
     return doc::getText(doc::kRawText, {raw, 0, 0});
 }
 
-// The direction a label block was read from, or a new one before the first note.
-xmlNodePtr labelDirection(Part& p, uint16_t block) {
+// The label a block was read as, or a new direction before the first note.
+Label labelOf(Part& p, uint16_t block, bool* fresh) {
+    *fresh = false;
     auto found = p.labelByBlock.find(block);
     if (found != p.labelByBlock.end()) {
-        xmlNodePtr direction = found->second;
+        const Label label = found->second;
         p.labelByBlock.erase(found);
-        return direction;
+        return label;
     }
     xmlNodePtr direction = xmlNewNode(nullptr, X("direction"));
     xmlSetProp(direction, X("placement"), X("above"));
@@ -161,7 +182,10 @@ xmlNodePtr labelDirection(Part& p, uint16_t block) {
                 nullptr);
     xmlNodePtr firstNote = child(p.measures[0], "note");
     firstNote ? xmlAddPrevSibling(firstNote, direction) : xmlAddChild(p.measures[0], direction);
-    return direction;
+    *fresh = true;
+    Label label;
+    label.node = direction;
+    return label;
 }
 
 } // namespace
@@ -190,21 +214,30 @@ void writeCapoChords(const Sheet& s, Part& p, int staff, bool diagrams) {
     writeCapoFret(p, fret);
 }
 
+// Words the file had keep their text and attributes unless the command
+// changed the block's text or height.
 void writeLabels(Part& p, int staff) {
-    std::map<uint16_t, xmlNodePtr> labels;
+    std::map<uint16_t, Label> labels;
     for (const score::MeasureTextRecord& mt : score::measureTexts(static_cast<int16_t>(staff), 1)) {
         const auto units = labelText(mt);
         if (!units) continue;
-        xmlNodePtr direction = labelDirection(p, mt.blockNumber);
-        xmlNodePtr words = labelWords(direction);
-        xmlChar* escaped = xmlEncodeSpecialChars(p.measures[0]->doc, X(plainText(*units).c_str()));
-        xmlNodeSetContent(words, escaped);
-        xmlFree(escaped);
-        xmlSetProp(words, X("default-y"), X(tenthsOf(mt.vertical).c_str()));
-        labels[mt.blockNumber] = direction;
+        bool fresh = false;
+        Label label = labelOf(p, mt.blockNumber, &fresh);
+        xmlNodePtr words = labelWords(label.node);
+        const std::string plain = plainText(*units);
+        if (fresh || utf16(plain) != label.text) {
+            xmlChar* escaped = xmlEncodeSpecialChars(p.measures[0]->doc, X(plain.c_str()));
+            xmlNodeSetContent(words, escaped);
+            xmlFree(escaped);
+        }
+        if (fresh || label.vertical != mt.vertical)
+            xmlSetProp(words, X("default-y"), X(tenthsOf(mt.vertical).c_str()));
+        label.text = utf16(plain);
+        label.vertical = mt.vertical;
+        labels[mt.blockNumber] = label;
     }
     for (auto& gone : p.labelByBlock)
-        drop(gone.second);
+        drop(gone.second.node);
     p.labelByBlock = labels;
 }
 

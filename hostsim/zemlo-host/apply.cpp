@@ -211,7 +211,7 @@ std::unique_ptr<mx::LeadSheet> readScore(const std::string& path, const ApplyOpt
     std::unique_ptr<mx::LeadSheet> sheet = mx::LeadSheet::read(path, &error);
     if (!sheet)
         error = error.empty() ? "cannot read " + path : error;
-    else if (sheet->chordCount() == 0)
+    else if (sheet->chordCount() == 0 && sheet->leftAlone() == 0)
         error = path + " holds no chord symbols (<harmony>)";
     else if (a.firstMeasure && a.lastMeasure > sheet->measures())
         error = "--measures " + rangeText(a.firstMeasure, a.lastMeasure) +
@@ -342,6 +342,8 @@ int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
         return fail("-o " + out + ": zemlo-host writes uncompressed MusicXML; name it .musicxml");
     std::unique_ptr<mx::LeadSheet> sheet = readScore(path, a);
     if (!sheet) return 1;
+    for (const std::string& w : sheet->warnings())
+        std::fprintf(stderr, "zemlo-host: warning: %s\n", w.c_str());
     sheet->build();
     driver::Answers answers = a.answers;
     // A capo already in the file is the fret the user starts from.
@@ -351,6 +353,9 @@ int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
     const View s{*sheet};
     std::printf("Score \"%s\" (%s): %d staves, %d measures, %zu chords\n", sheet->title().c_str(),
                 fileName(path).c_str(), sheet->staves(), sheet->measures(), sheet->chordCount());
+    if (sheet->leftAlone())
+        std::printf("Left alone: %zu <harmony> without a root (numerals, functions) or N.C.\n",
+                    sheet->leftAlone());
     std::printf("Chords before:\n");
     printChords(s);
     if (a.records) {
