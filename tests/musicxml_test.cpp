@@ -302,6 +302,10 @@ TEST(Apply, AgainWithAnotherFretUpdatesTheCapoChordsAndTheLabel) {
     EXPECT_EQ(before.words, (std::vector<std::string>{"Capo1"}));
     EXPECT_EQ(contents(first).words, (std::vector<std::string>{"Capo3"}));
     EXPECT_EQ(contents(second).words, (std::vector<std::string>{"Capo5"}));
+    // Without --capo the dialog starts from the file's own fret.
+    const std::string third = tmp.path() + "/third.musicxml";
+    ASSERT_EQ(zemloHost("'" + second + "' -o '" + third + "'", tmp.path()).status, 0);
+    expectCapoChords(before, contents(third), 5);
 }
 
 TEST(Apply, WorksOnTheSelectedStavesAndMeasuresOnly) {
