@@ -84,6 +84,32 @@ std::string bytesOf(const std::u16string& units, CFStringEncoding encoding, UInt
 
 }  // namespace
 
+std::u16string utf16(const std::string& s) {
+    std::u16string out;
+    for (size_t i = 0; i < s.size();) {
+        const unsigned char c = static_cast<unsigned char>(s[i]);
+        uint32_t cp = c;
+        size_t n = 1;
+        if (c >= 0xF0)
+            cp = c & 0x07, n = 4;
+        else if (c >= 0xE0)
+            cp = c & 0x0F, n = 3;
+        else if (c >= 0xC0)
+            cp = c & 0x1F, n = 2;
+        for (size_t k = 1; k < n && i + k < s.size(); ++k)
+            cp = (cp << 6) | (s[i + k] & 0x3F);
+        i += n;
+        if (cp >= 0x10000) {
+            cp -= 0x10000;
+            out += static_cast<char16_t>(0xD800 + (cp >> 10));
+            out += static_cast<char16_t>(0xDC00 + (cp & 0x3FF));
+        } else {
+            out += static_cast<char16_t>(cp);
+        }
+    }
+    return out;
+}
+
 std::string utf8(const std::u16string& units) {
     // An unpaired surrogate reads as the replacement character.
     std::u16string clean = units;

@@ -116,32 +116,6 @@ std::string plainText(const std::u16string& raw) {
     return ui::utf8(out);
 }
 
-std::u16string utf16(const std::string& s) {
-    std::u16string out;
-    for (size_t i = 0; i < s.size();) {
-        const unsigned char c = static_cast<unsigned char>(s[i]);
-        uint32_t cp = c;
-        size_t n = 1;
-        if (c >= 0xF0)
-            cp = c & 0x07, n = 4;
-        else if (c >= 0xE0)
-            cp = c & 0x0F, n = 3;
-        else if (c >= 0xC0)
-            cp = c & 0x1F, n = 2;
-        for (size_t k = 1; k < n && i + k < s.size(); ++k)
-            cp = (cp << 6) | (s[i + k] & 0x3F);
-        i += n;
-        if (cp >= 0x10000) {
-            cp -= 0x10000;
-            out += static_cast<char16_t>(0xD800 + (cp >> 10));
-            out += static_cast<char16_t>(0xDC00 + (cp & 0x3FF));
-        } else {
-            out += static_cast<char16_t>(cp);
-        }
-    }
-    return out;
-}
-
 void buildRecords(Sheet& sheet) {
     score::Score s(static_cast<int>(sheet.parts.size()), sheet.measures);
     score::addFont(4, u"Times New Roman", 4096);

@@ -48,7 +48,6 @@ std::string tenthsOf(int16_t evpu);
 
 // A text block's raw text without the host's ^font(...)-style commands, as UTF-8.
 std::string plainText(const std::u16string& raw);
-std::u16string utf16(const std::string& s);
 
 } // namespace musicxml
 } // namespace hostsim

@@ -4,6 +4,8 @@
 #include "sheet.h"
 #include "xml.h"
 
+#include "hostsim/ui.h"
+
 #include <libxml/parser.h>
 #include <libxml/xmlerror.h>
 #include <zip.h>
@@ -301,7 +303,7 @@ class PartReader {
 
     void label(xmlNodePtr direction) {
         if (xmlNodePtr words = labelWords(direction))
-            part_.labels.push_back({utf16(text(words)), evpuOf(words), direction});
+            part_.labels.push_back({ui::utf16(text(words)), evpuOf(words), direction});
     }
 
     void harmony(xmlNodePtr c, int index) {

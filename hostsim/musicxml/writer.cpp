@@ -6,6 +6,7 @@
 #include "chords.h"
 #include "shapes.h"
 
+#include "hostsim/ui.h"
 #include "hostsim/document.h"
 
 #include <libxml/xmlsave.h>
@@ -225,14 +226,14 @@ void writeLabels(Part& p, int staff) {
         Label label = labelOf(p, mt.blockNumber, &fresh);
         xmlNodePtr words = labelWords(label.node);
         const std::string plain = plainText(*units);
-        if (fresh || utf16(plain) != label.text) {
+        if (fresh || ui::utf16(plain) != label.text) {
             xmlChar* escaped = xmlEncodeSpecialChars(p.measures[0]->doc, X(plain.c_str()));
             xmlNodeSetContent(words, escaped);
             xmlFree(escaped);
         }
         if (fresh || label.vertical != mt.vertical)
             xmlSetProp(words, X("default-y"), X(tenthsOf(mt.vertical).c_str()));
-        label.text = utf16(plain);
+        label.text = ui::utf16(plain);
         label.vertical = mt.vertical;
         labels[mt.blockNumber] = label;
     }

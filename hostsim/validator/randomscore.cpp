@@ -67,32 +67,6 @@ const char16_t* const kOtherTexts[] = {
 
 } // namespace
 
-std::u16string utf16(const std::string& s) {
-    std::u16string out;
-    for (size_t i = 0; i < s.size();) {
-        const auto c = static_cast<unsigned char>(s[i]);
-        uint32_t u = c;
-        size_t n = 1;
-        if (c >= 0xF0)
-            u = c & 0x07, n = 4;
-        else if (c >= 0xE0)
-            u = c & 0x0F, n = 3;
-        else if (c >= 0xC0)
-            u = c & 0x1F, n = 2;
-        for (size_t k = 1; k < n && i + k < s.size(); ++k)
-            u = (u << 6) | (static_cast<unsigned char>(s[i + k]) & 0x3F);
-        i += n;
-        if (u >= 0x10000) {
-            u -= 0x10000;
-            out += static_cast<char16_t>(0xD800 + (u >> 10));
-            out += static_cast<char16_t>(0xDC00 + (u & 0x3FF));
-        } else {
-            out += static_cast<char16_t>(u);
-        }
-    }
-    return out;
-}
-
 // Now and then slots shuffled over the staves.
 void randomSlots(std::mt19937_64& r, RandomScore& s) {
     if (chance(r, 40)) {

@@ -67,9 +67,6 @@ struct RandomScore {
 
 RandomScore randomScore(std::mt19937_64& random);
 
-// The label text as UTF-16 (as the dialog hands it on).
-std::u16string utf16(const std::string& utf8);
-
 } // namespace validate
 
 #endif

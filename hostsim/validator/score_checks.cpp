@@ -208,7 +208,7 @@ void expectLabels(Context& cx, const std::string& where, const RandomScore& sc,
                   const RunSettings& settings) {
     const int16_t first = sc.walked().firstMeasure;
     const auto baseline = static_cast<int16_t>(settings.distance + 130);
-    const std::u16string label = utf16(settings.label);
+    const std::u16string label = ui::utf16(settings.label);
     for (int16_t staff : sc.staves()) {
         bool found = false;
         const auto placed = score::measureTexts(staff, first);

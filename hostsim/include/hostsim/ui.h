@@ -29,6 +29,8 @@ namespace ui {
 
 // UTF-16 as UTF-8; an unpaired surrogate becomes U+FFFD.
 HOSTSIM_API std::string utf8(const std::u16string& units);
+// UTF-8 as UTF-16, for texts typed or read from files.
+HOSTSIM_API std::u16string utf16(const std::string& utf8);
 
 // ---- Dialog descriptions -------------------------------------------------
 
