@@ -42,7 +42,12 @@ size_t LeadSheet::chordCount() const {
     return s_->harmonies.size();
 }
 
-std::string LeadSheet::partName(int staff) const {
+std::string LeadSheet::measureNumber(int position) const {
+    return position >= 1 && position <= measures() ? s_->numbers[static_cast<size_t>(position - 1)]
+                                                   : std::string();
+}
+
+std::string LeadSheet::staffName(int staff) const {
     return staff >= 1 && staff <= staves() ? s_->parts[static_cast<size_t>(staff - 1)]->name
                                            : std::string();
 }
@@ -76,7 +81,7 @@ int LeadSheet::fileCapo() const {
     return 0;
 }
 
-size_t LeadSheet::leftAlone() const {
+const std::vector<int>& LeadSheet::leftAlone() const {
     return s_->leftAlone;
 }
 

@@ -49,7 +49,11 @@ class LeadSheet {
     int staves() const;
     int measures() const;
     size_t chordCount() const;
-    std::string partName(int staff) const;
+    // The staff's name in listings: its part's name, and its number within
+    // the part where the part has several staves.
+    std::string staffName(int staff) const;
+    // A measure's number as the score prints it; positions count from 1.
+    std::string measureNumber(int position) const;
     // Key signature in force at a staff-measure.
     Key key(int staff, int measure) const;
     // Every chord of the score as the capo advisor weighs it, in file order.
@@ -57,8 +61,9 @@ class LeadSheet {
     // The fret of the first capo chords read back, else of a <capo> in the
     // file's first part that has one; 0: none.
     int fileCapo() const;
-    // <harmony> elements kept as they stand, with no record: no root, or no chord.
-    size_t leftAlone() const;
+    // <harmony> elements kept as they stand, with no record (no root, or no
+    // chord): the measure position of each, in file order.
+    const std::vector<int>& leftAlone() const;
     // What the reader worked around (an unreadable container, say), one line each.
     const std::vector<std::string>& warnings() const;
 

@@ -268,6 +268,7 @@ class PartReader {
         if (index > kMaxMeasures)
             return fail(path_ + " has more measures than zemlo-host keeps (32767)");
         part_.measures.push_back(m);
+        if (sheet_.parts.empty()) sheet_.numbers.push_back(attr(m, "number"));
         pos_ = 0;
         lastOrdinary_ = nullptr;
         for (xmlNodePtr c : children(m)) {
@@ -313,7 +314,7 @@ class PartReader {
         h.measure = index;
         h.vertical = evpuOf(c);
         if (!readHarmony(c, &h.fields)) {
-            ++sheet_.leftAlone;
+            sheet_.leftAlone.push_back(index);
             lastOrdinary_ = nullptr; // a chord after it does not follow its source directly
             return;
         }

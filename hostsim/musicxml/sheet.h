@@ -64,9 +64,10 @@ struct Sheet {
     xmlDocPtr doc = nullptr;
     std::string title;
     int measures = 0;
+    std::vector<std::string> numbers; // as printed, by position from 1 (the first part's)
     std::vector<std::unique_ptr<Part>> parts;
     std::vector<std::unique_ptr<Harmony>> harmonies; // by number, from 1
-    size_t leftAlone = 0;                            // <harmony> without a root, or N.C.
+    std::vector<int> leftAlone; // measures of <harmony> without a root, or N.C.
     std::vector<std::string> warnings;
 };
 

@@ -95,7 +95,7 @@ struct View {
     const mx::LeadSheet& sheet;
     int16_t staves() const { return static_cast<int16_t>(sheet.staves()); }
     int16_t measures() const { return static_cast<int16_t>(sheet.measures()); }
-    std::string part(int staff) const { return sheet.partName(staff).substr(0, 10); }
+    std::string part(int staff) const { return sheet.staffName(staff).substr(0, 10); }
 };
 
 // Each staff-measure's chords, each capo chord as the shape the player fingers.
@@ -211,7 +211,7 @@ std::unique_ptr<mx::LeadSheet> readScore(const std::string& path, const ApplyOpt
     std::unique_ptr<mx::LeadSheet> sheet = mx::LeadSheet::read(path, &error);
     if (!sheet)
         error = error.empty() ? "cannot read " + path : error;
-    else if (sheet->chordCount() == 0 && sheet->leftAlone() == 0)
+    else if (sheet->chordCount() == 0 && sheet->leftAlone().empty())
         error = path + " holds no chord symbols (<harmony>)";
     else if (a.firstMeasure && a.lastMeasure > sheet->measures())
         error = "--measures " + rangeText(a.firstMeasure, a.lastMeasure) +
@@ -353,9 +353,9 @@ int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
     const View s{*sheet};
     std::printf("Score \"%s\" (%s): %d staves, %d measures, %zu chords\n", sheet->title().c_str(),
                 fileName(path).c_str(), sheet->staves(), sheet->measures(), sheet->chordCount());
-    if (sheet->leftAlone())
+    if (!sheet->leftAlone().empty())
         std::printf("Left alone: %zu <harmony> without a root (numerals, functions) or N.C.\n",
-                    sheet->leftAlone());
+                    sheet->leftAlone().size());
     std::printf("Chords before:\n");
     printChords(s);
     if (a.records) {
