@@ -21,19 +21,20 @@ void LeadSheet::build() {
 }
 
 bool LeadSheet::write(const std::string& path, std::string* error, bool diagrams) {
-    for (size_t i = 0; i < s_->parts.size(); ++i) {
-        const int staff = static_cast<int>(i) + 1;
-        writeCapoChords(*s_, *s_->parts[i], staff, diagrams);
-        writeLabels(*s_->parts[i], staff);
+    std::vector<Patch> patches;
+    for (int staff = 1; staff <= staves(); ++staff) {
+        writeCapoChords(*s_, staff, diagrams, &patches);
+        writeLabels(*s_, staff, &patches);
     }
-    return save(s_->doc, path, error);
+    writeAttributes(*s_, &patches);
+    return save(*s_, std::move(patches), path, error);
 }
 
 std::string LeadSheet::title() const {
     return s_->title;
 }
 int LeadSheet::staves() const {
-    return static_cast<int>(s_->parts.size());
+    return static_cast<int>(s_->staves.size());
 }
 int LeadSheet::measures() const {
     return s_->measures;
@@ -48,13 +49,20 @@ std::string LeadSheet::measureNumber(int position) const {
 }
 
 std::string LeadSheet::staffName(int staff) const {
-    return staff >= 1 && staff <= staves() ? s_->parts[static_cast<size_t>(staff - 1)]->name
-                                           : std::string();
+    if (staff < 1 || staff > staves()) return "";
+    const Staff& st = s_->staff(staff);
+    if (st.part->staves == 1) return st.part->name;
+    // The staff number stays in sight when a listing cuts the name at ten.
+    const std::string number = " " + std::to_string(st.number);
+    std::string name = st.part->name.substr(0, 10 - std::min<size_t>(10, number.size()));
+    while (!name.empty() && name.back() == ' ')
+        name.pop_back();
+    return name + number;
 }
 
 Key LeadSheet::key(int staff, int measure) const {
     if (staff < 1 || staff > staves() || measure < 1 || measure > s_->measures) return {};
-    return s_->parts[static_cast<size_t>(staff - 1)]->keys[static_cast<size_t>(measure - 1)];
+    return s_->staff(staff).part->keys[static_cast<size_t>(measure - 1)];
 }
 
 std::vector<ConcertChord> LeadSheet::concertChords() const {
@@ -66,7 +74,7 @@ std::vector<ConcertChord> LeadSheet::concertChords() const {
         c.kind = kindValue(f.kind);
         c.hasBass = f.bassStep >= 0;
         c.bass = {f.bassStep, f.bassAlter};
-        c.key = key(h->staff, h->measure);
+        c.key = s_->parts[static_cast<size_t>(h->part)]->keys[static_cast<size_t>(h->measure - 1)];
         c.measure = h->measure;
         out.push_back(c);
     }
@@ -74,10 +82,10 @@ std::vector<ConcertChord> LeadSheet::concertChords() const {
 }
 
 int LeadSheet::fileCapo() const {
-    for (const auto& p : s_->parts)
-        if (!p->capoChords.empty()) return p->capoChords.front().record.fret();
-    for (const auto& p : s_->parts)
-        if (p->capoFret > 0) return p->capoFret;
+    for (const auto& st : s_->staves)
+        if (!st->capoChords.empty()) return st->capoChords.front().record.fret();
+    for (const auto& st : s_->staves)
+        if (st->capoFret > 0) return st->capoFret;
     return 0;
 }
 

@@ -54,11 +54,12 @@ void buildChords(score::Score& s, int16_t staff, int16_t measure,
     }
 }
 
-// Capo chords read back, after the ordinary ones, each with its source's ordinal.
-void buildCapoChords(score::Score& s, const Part& p, int16_t staff, int16_t measure) {
-    for (const CapoChord& capo : p.capoChords) {
-        if (capo.measure != measure) continue;
-        ChordRecord r = capo.record;
+// Capo chords read back (in file order, so by measure), from `*next` on while
+// they are of this measure, after the ordinary ones, each with its source's ordinal.
+void buildCapoChords(score::Score& s, const Staff& st, int16_t staff, int16_t measure,
+                     size_t* next) {
+    for (; *next < st.capoChords.size() && st.capoChords[*next].measure == measure; ++*next) {
+        ChordRecord r = st.capoChords[*next].record;
         for (const ChordRecord& c : score::chords(staff, measure))
             if (!c.isCapo() && fieldsOf(c).harmony == fieldsOf(r).harmony) r.key1 = c.key1;
         s.chord(staff, measure, r);
@@ -117,22 +118,27 @@ std::string plainText(const std::u16string& raw) {
 }
 
 void buildRecords(Sheet& sheet) {
-    score::Score s(static_cast<int>(sheet.parts.size()), sheet.measures);
+    score::Score s(static_cast<int>(sheet.staves.size()), sheet.measures);
     score::addFont(4, u"Times New Roman", 4096);
-    std::map<std::pair<int, int>, std::vector<const Harmony*>> byPlace;
+    std::map<std::pair<int, int>, std::vector<const Harmony*>> byPlace; // host staff, measure
     for (const auto& h : sheet.harmonies)
-        byPlace[{h->staff, h->measure}].push_back(h.get());
-    for (size_t i = 0; i < sheet.parts.size(); ++i) {
-        Part& p = *sheet.parts[i];
+        byPlace[{sheet.parts[static_cast<size_t>(h->part)]->firstStaff + h->staff - 1, h->measure}]
+            .push_back(h.get());
+    for (size_t i = 0; i < sheet.staves.size(); ++i) {
+        Staff& st = *sheet.staves[i];
         const auto staff = static_cast<int16_t>(i + 1);
+        size_t next = 0;
         for (int m = 1; m <= sheet.measures; ++m) {
-            buildChords(s, staff, static_cast<int16_t>(m), byPlace[{staff, m}]);
-            buildCapoChords(s, p, staff, static_cast<int16_t>(m));
+            const auto here = byPlace.find({staff, m});
+            if (here != byPlace.end())
+                buildChords(s, staff, static_cast<int16_t>(m), here->second);
+            buildCapoChords(s, st, staff, static_cast<int16_t>(m), &next);
         }
-        p.labelByBlock.clear();
-        for (const Label& l : p.labels) {
-            s.textBlock(staff, 1, -200, l.vertical, l.text);
-            p.labelByBlock[score::measureTexts(staff, 1).back().blockNumber] = l;
+        st.labelByBlock.clear();
+        for (const Label& l : st.labels) {
+            const auto m = static_cast<int16_t>(l.measure);
+            s.textBlock(staff, m, -200, l.vertical, l.text);
+            st.labelByBlock[score::measureTexts(staff, m).back().blockNumber] = l;
         }
     }
 }

@@ -1,5 +1,6 @@
-// Writing the document's capo chords, capo fret and labels into the tree
-// read, and the tree as a MusicXML 4.0 file.
+// Writing the document's capo chords, capo frets and labels back: the
+// elements they change, made or changed on the kept elements, become patches
+// of the file's bytes, and the patched bytes are saved as a MusicXML 4.0 file.
 #include "sheet.h"
 #include "xml.h"
 
@@ -9,8 +10,7 @@
 #include "hostsim/ui.h"
 #include "hostsim/document.h"
 
-#include <libxml/xmlsave.h>
-
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
@@ -24,6 +24,10 @@ namespace {
 
 using score::ChordRecord;
 
+// The depth of the elements the writer adds under a measure: <attributes>,
+// <direction> and <harmony> are 3 deep (score, part, measure).
+constexpr int kMeasureChild = 3;
+
 // Rewrites a step/alter pair of a copied harmony as `p`.
 void setPitch(xmlNodePtr parent, const char* stepName, const char* alterName, Pitch p) {
     xmlNodePtr step = child(parent, stepName);
@@ -33,15 +37,15 @@ void setPitch(xmlNodePtr parent, const char* stepName, const char* alterName, Pi
     xmlNodeSetContent(step, X(s.c_str()));
     xmlNodePtr alter = child(parent, alterName);
     if (p.alter == 0) {
-        if (alter) {
-            xmlUnlinkNode(alter);
-            xmlFreeNode(alter);
-        }
+        if (alter) dropLike(alter);
         return;
     }
     if (!alter) {
-        alter = xmlNewNode(nullptr, X(alterName));
+        // Right after the step, on a line of its own where the step has one.
+        alter = xmlNewDocNode(parent->doc, nullptr, X(alterName), nullptr);
         xmlAddNextSibling(step, alter);
+        const std::string space = spaceBefore(step);
+        if (!space.empty()) xmlAddPrevSibling(alter, xmlNewDocText(parent->doc, X(space.c_str())));
     }
     xmlNodeSetContent(alter, X(std::to_string(p.alter).c_str()));
 }
@@ -49,55 +53,63 @@ void setPitch(xmlNodePtr parent, const char* stepName, const char* alterName, Pi
 // Where the <attributes> of a measure take a <staff-details>: before these.
 const char* const kAfterStaffDetails[] = {"transpose", "for-part", "directive", "measure-style"};
 
-// A new <capo> in the first measure, with the comment that marks it and
-// whatever of its <staff-details> and <attributes> we had to add as ours.
-xmlNodePtr addCapo(xmlNodePtr measure, xmlNodePtr* mark) {
-    size_t ours = 0;
-    xmlNodePtr attributes = child(measure, "attributes");
-    if (!attributes) {
-        attributes = xmlNewNode(nullptr, X("attributes"));
-        xmlNodePtr first = measure->children;
-        first ? xmlAddPrevSibling(first, attributes) : xmlAddChild(measure, attributes);
-        ++ours;
+// The <staff-details> of the first measure's attributes for a staff: the
+// one numbered for it, or, in a part of one staff, one without a number.
+xmlNodePtr detailsFor(xmlNodePtr attributes, const Part& p, int staff) {
+    for (xmlNodePtr d : children(attributes, "staff-details")) {
+        const std::string number = attr(d, "number");
+        if (number == std::to_string(staff) || (p.staves == 1 && number.empty())) return d;
     }
-    xmlNodePtr details = child(attributes, "staff-details");
-    if (!details) {
-        details = xmlNewNode(nullptr, X("staff-details"));
-        xmlNodePtr before = nullptr;
-        for (xmlNodePtr c : children(attributes))
-            for (const char* name : kAfterStaffDetails)
-                if (!before && is(c, name)) before = c;
-        before ? xmlAddPrevSibling(before, details) : xmlAddChild(attributes, details);
-        ++ours;
-    }
-    xmlNodePtr capo = xmlNewNode(nullptr, X("capo"));
-    xmlNodePtr size = child(details, "staff-size");
-    size ? xmlAddPrevSibling(size, capo) : xmlAddChild(details, capo);
-    *mark = xmlNewComment(X(kOurMarks[ours]));
-    xmlAddNextSibling(capo, *mark);
-    return capo;
+    return nullptr;
 }
 
-// Takes out a <capo> of ours with its mark, and the ancestors the mark says
-// we added, where nothing else has come into them since.
-void dropCapo(xmlNodePtr capo, xmlNodePtr mark) {
+// A new <capo> for a staff in the part's first <attributes>, with the
+// comment that marks it and whatever of its <staff-details> and
+// <attributes> we had to add as ours.
+void addCapo(Sheet& s, Part& p, Staff& st) {
+    const Layout& l = s.layout;
     size_t ours = 0;
-    for (size_t i = 0; i < std::size(kOurMarks); ++i)
-        if (xmlStrcmp(mark->content, X(kOurMarks[i])) == 0) ours = i;
-    xmlNodePtr parent = capo->parent;
-    drop(capo);
-    drop(mark);
-    for (; ours > 0 && parent && children(parent).empty(); --ours) {
-        xmlNodePtr up = parent->parent;
-        drop(parent);
-        parent = up;
+    if (!p.attributes) {
+        p.attributes = xmlNewDocNode(s.doc, nullptr, X("attributes"), nullptr);
+        s.kept.push_back(p.attributes);
+        p.attributesNew = p.attributesOurs = true;
     }
+    if (p.attributesNew) ours = 1;
+    xmlNodePtr details = detailsFor(p.attributes, p, st.number);
+    if (!details) {
+        details = xmlNewDocNode(s.doc, nullptr, X("staff-details"), nullptr);
+        if (p.staves > 1) xmlSetProp(details, X("number"), X(std::to_string(st.number).c_str()));
+        xmlNodePtr before = nullptr;
+        for (xmlNodePtr c : children(p.attributes))
+            for (const char* name : kAfterStaffDetails)
+                if (!before && is(c, name)) before = c;
+        insertLike(p.attributes, details, before, l.space(kMeasureChild + 1), l.unit);
+        ours = p.attributesNew ? 2 : 1;
+    }
+    st.capo = xmlNewDocNode(s.doc, nullptr, X("capo"), nullptr);
+    insertLike(details, st.capo, child(details, "staff-size"), l.space(kMeasureChild + 2), l.unit);
+    st.capoMark = xmlNewDocComment(s.doc, X(kOurMarks[ours]));
+    xmlAddNextSibling(st.capo, st.capoMark);
+    p.attributesChanged = true;
+}
+
+// Takes out a <capo> of ours with its mark, and its <staff-details> where
+// the mark says we added them and nothing else has come into them since.
+// <attributes> of ours left empty go when the part is written.
+void dropCapo(Part& p, Staff& st) {
+    const bool detailsOurs = xmlStrcmp(st.capoMark->content, X(kOurMarks[0])) != 0;
+    xmlNodePtr details = st.capo->parent;
+    dropLike(st.capo);
+    drop(st.capoMark);
+    st.capo = st.capoMark = nullptr;
+    if (detailsOurs && details && children(details).empty()) dropLike(details);
+    p.attributesChanged = true;
 }
 
 // The diagram of an open shape, frets counted from the capo as the player
 // counts them; strings not played get no note.
-xmlNodePtr frameOf(const OpenShape& shape) {
-    xmlNodePtr frame = xmlNewNode(nullptr, X("frame"));
+xmlNodePtr frameOf(xmlDocPtr doc, const OpenShape& shape) {
+    xmlNodePtr frame = xmlNewDocNode(doc, nullptr, X("frame"), nullptr);
     xmlSetProp(frame, X("unplayed"), X("x"));
     xmlNewChild(frame, nullptr, X("frame-strings"), X("6"));
     xmlNewChild(frame, nullptr, X("frame-frets"), X("4"));
@@ -116,47 +128,58 @@ const char* const kAfterFrame[] = {"offset", "footnote", "level", "staff"};
 // The copy's diagram: the shape's own where it is an open shape and diagrams
 // are wanted (asked for, or the concert chord has one); none otherwise, as
 // the concert chord's would show the wrong fingering.
-void setFrame(xmlNodePtr copy, Pitch shapeRoot, const ChordFields& f, bool wanted) {
+void setFrame(xmlNodePtr copy, Pitch shapeRoot, const ChordFields& f, bool wanted,
+              const Layout& l) {
     xmlNodePtr old = child(copy, "frame");
     const OpenShape* shape =
         (wanted || old) && f.bassStep < 0 ? openShape(shapeRoot, kindValue(f.kind)) : nullptr;
     if (shape) {
-        xmlNodePtr frame = frameOf(*shape);
         xmlNodePtr before = old;
         for (xmlNodePtr c : children(copy))
             for (const char* name : kAfterFrame)
                 if (!before && is(c, name)) before = c;
-        before ? xmlAddPrevSibling(before, frame) : xmlAddChild(copy, frame);
+        insertLike(copy, frameOf(copy->doc, *shape), before, l.space(kMeasureChild + 1), l.unit);
     }
-    if (old) drop(old);
+    if (old) dropLike(old);
 }
 
 // A capo chord as a copy of its source <harmony>: root and bass as the
 // player's shape, marked as an alternate chord at the record's height.
-xmlNodePtr capoCopy(const Harmony& source, const ChordRecord& c, Key concert, bool diagrams) {
-    xmlNodePtr copy = xmlCopyNode(source.node, 1);
+xmlNodePtr capoCopy(const Sheet& s, const Harmony& source, const ChordRecord& c, Key concert,
+                    bool diagrams) {
+    xmlNodePtr copy = xmlDocCopyNode(source.node, s.doc, 1);
     const ChordFields& f = source.fields;
     const Pitch root = shapeOf({f.rootStep, f.rootAlter}, concert, c.fret());
     if (xmlNodePtr r = child(copy, "root")) setPitch(r, "root-step", "root-alter", root);
     if (xmlNodePtr bass = child(copy, "bass"); bass && f.bassStep >= 0)
         setPitch(bass, "bass-step", "bass-alter",
                  shapeOf({f.bassStep, f.bassAlter}, concert, c.fret()));
-    setFrame(copy, root, f, diagrams);
+    setFrame(copy, root, f, diagrams, s.layout);
     xmlSetProp(copy, X("type"), X("alternate"));
     xmlSetProp(copy, X("default-y"), X(tenthsOf(c.vertical).c_str()));
     return copy;
 }
 
-// The capo fret in the part's first measure, in a <capo> of ours: written
-// where the part has none, taken out again when the part has no capo chords.
-void writeCapoFret(Part& p, int fret) {
-    if (fret) {
-        if (!p.capo) p.capo = addCapo(p.measures[0], &p.capoMark);
-        if (p.capoMark) xmlNodeSetContent(p.capo, X(std::to_string(fret).c_str()));
-    } else if (p.capoMark) {
-        dropCapo(p.capo, p.capoMark);
-        p.capo = p.capoMark = nullptr;
+// The capo fret in the part's first measure for the staff, in a <capo> of
+// ours: written where the staff has none, taken out again when the staff
+// has no capo chords.
+void writeCapoFret(Sheet& s, Staff& st, int fret) {
+    Part& p = *st.part;
+    if (fret && !st.capoIsUsers && !p.measures.front().empty) {
+        if (!st.capo) addCapo(s, p, st);
+        const std::string number = std::to_string(fret);
+        if (text(st.capo) != number) {
+            xmlNodeSetContent(st.capo, X(number.c_str()));
+            p.attributesChanged = true;
+        }
+    } else if (!fret && st.capo) {
+        dropCapo(p, st);
     }
+}
+
+// The bytes between two offsets of the file.
+std::string bytes(const Sheet& s, size_t from, size_t to) {
+    return s.data.substr(from, to - from);
 }
 
 // The raw text of a measure text's block, or null.
@@ -168,92 +191,144 @@ std::optional<std::u16string> labelText(const score::MeasureTextRecord& mt) {
     return doc::getText(doc::kRawText, {raw, 0, 0});
 }
 
-// The label a block was read as, or a new direction before the first note.
-Label labelOf(Part& p, uint16_t block, bool* fresh) {
-    *fresh = false;
-    auto found = p.labelByBlock.find(block);
-    if (found != p.labelByBlock.end()) {
-        const Label label = found->second;
-        p.labelByBlock.erase(found);
-        return label;
-    }
-    xmlNodePtr direction = xmlNewNode(nullptr, X("direction"));
-    xmlSetProp(direction, X("placement"), X("above"));
-    xmlNewChild(xmlNewChild(direction, nullptr, X("direction-type"), nullptr), nullptr, X("words"),
-                nullptr);
-    xmlNodePtr firstNote = child(p.measures[0], "note");
-    firstNote ? xmlAddPrevSibling(firstNote, direction) : xmlAddChild(p.measures[0], direction);
-    *fresh = true;
+// A new label direction for a staff at the start of a measure, as a patch.
+Label newLabel(Sheet& s, const Staff& st, int measure, std::vector<Patch>* out) {
+    const Part& p = *st.part;
+    const MeasureSpan& m = p.measures[static_cast<size_t>(measure - 1)];
     Label label;
-    label.node = direction;
+    label.measure = measure;
+    label.fresh = true;
+    label.node = xmlNewDocNode(s.doc, nullptr, X("direction"), nullptr);
+    s.kept.push_back(label.node);
+    xmlSetProp(label.node, X("placement"), X("above"));
+    xmlNewChild(xmlNewChild(label.node, nullptr, X("direction-type"), nullptr), nullptr,
+                X("words"), nullptr);
+    if (p.staves > 1)
+        xmlNewChild(label.node, nullptr, X("staff"), X(std::to_string(st.number).c_str()));
+    if (m.empty) return label; // a measure without inside takes none
+    // Before the first note, with its whitespace; else last, a level in.
+    const std::string space = m.beforeNote ? bytes(s, m.firstNoteSpace, m.firstNote)
+                                           : s.layout.space(kMeasureChild);
+    layOutChildren(label.node, space, s.layout.unit);
+    label.span = {m.firstNote, m.firstNote, m.firstNote};
+    out->push_back({m.beforeNote ? m.firstNote : m.firstNoteSpace,
+                    m.beforeNote ? m.firstNote : m.firstNoteSpace, space});
     return label;
 }
 
 } // namespace
 
-void writeCapoChords(const Sheet& s, Part& p, int staff, bool diagrams) {
-    for (xmlNodePtr n : p.capoNodes)
-        drop(n);
-    p.capoNodes.clear();
+void writeCapoChords(Sheet& s, int hostStaff, bool diagrams, std::vector<Patch>* out) {
+    Staff& st = s.staff(hostStaff);
+    for (const CapoChord& capo : st.capoChords)
+        out->push_back({capo.span.space, capo.span.to, ""});
+    const auto staff = static_cast<int16_t>(hostStaff);
     int fret = 0;
     for (int m = 1; m <= s.measures; ++m) {
-        std::map<uint32_t, xmlNodePtr> last; // harmony number: node the next copy follows
-        for (const ChordRecord& c :
-             score::chords(static_cast<int16_t>(staff), static_cast<int16_t>(m))) {
+        std::map<uint32_t, std::string> after; // harmony number: its capo chords
+        for (const ChordRecord& c : score::chords(staff, static_cast<int16_t>(m))) {
             if (!c.isCapo()) continue;
             const uint32_t number = fieldsOf(c).harmony;
             if (number < 1 || number > s.harmonies.size()) continue;
             const Harmony& source = *s.harmonies[number - 1];
+            if (s.parts[static_cast<size_t>(source.part)]->firstStaff + source.staff - 1 != hostStaff)
+                continue;
             if (!fret) fret = c.fret();
-            xmlNodePtr copy = capoCopy(source, c, p.keys[static_cast<size_t>(m - 1)], diagrams);
-            xmlNodePtr& after = last[number];
-            xmlAddNextSibling(after ? after : source.node, copy);
-            after = copy;
-            p.capoNodes.push_back(copy);
+            xmlNodePtr copy =
+                capoCopy(s, source, c, st.part->keys[static_cast<size_t>(m - 1)], diagrams);
+            after[number] += bytes(s, source.span.space, source.span.from) + dumpNode(s.doc, copy);
+            xmlFreeNode(copy);
+        }
+        for (auto& [number, text] : after) {
+            const size_t end = s.harmonies[number - 1]->span.to;
+            out->push_back({end, end, std::move(text)});
         }
     }
-    writeCapoFret(p, fret);
+    writeCapoFret(s, st, fret);
 }
 
 // Words the file had keep their text and attributes unless the command
 // changed the block's text or height.
-void writeLabels(Part& p, int staff) {
+void writeLabels(Sheet& s, int hostStaff, std::vector<Patch>* out) {
+    Staff& st = s.staff(hostStaff);
+    const auto staff = static_cast<int16_t>(hostStaff);
     std::map<uint16_t, Label> labels;
-    for (const score::MeasureTextRecord& mt : score::measureTexts(static_cast<int16_t>(staff), 1)) {
-        const auto units = labelText(mt);
-        if (!units) continue;
-        bool fresh = false;
-        Label label = labelOf(p, mt.blockNumber, &fresh);
-        xmlNodePtr words = labelWords(label.node);
-        const std::string plain = plainText(*units);
-        if (fresh || ui::utf16(plain) != label.text) {
-            xmlChar* escaped = xmlEncodeSpecialChars(p.measures[0]->doc, X(plain.c_str()));
-            xmlNodeSetContent(words, escaped);
-            xmlFree(escaped);
+    for (int m = 1; m <= s.measures; ++m)
+        for (const score::MeasureTextRecord& mt :
+             score::measureTexts(staff, static_cast<int16_t>(m))) {
+            const auto units = labelText(mt);
+            if (!units) continue;
+            const auto found = st.labelByBlock.find(mt.blockNumber);
+            std::vector<Patch> inserted;
+            Label label = found != st.labelByBlock.end() ? found->second
+                                                         : newLabel(s, st, m, &inserted);
+            if (found != st.labelByBlock.end()) st.labelByBlock.erase(found);
+            xmlNodePtr words = labelWords(label.node);
+            const std::string plain = plainText(*units);
+            const bool changed = label.fresh || ui::utf16(plain) != label.text;
+            if (changed) {
+                xmlChar* escaped = xmlEncodeSpecialChars(s.doc, X(plain.c_str()));
+                xmlNodeSetContent(words, escaped);
+                xmlFree(escaped);
+            }
+            const bool moved = label.fresh || label.vertical != mt.vertical;
+            if (moved) xmlSetProp(words, X("default-y"), X(tenthsOf(mt.vertical).c_str()));
+            if (!inserted.empty()) {
+                // Before a note: the direction, then the note's whitespace; at
+                // the end: the whitespace, then the direction.
+                const bool beforeNote = st.part->measures[static_cast<size_t>(m - 1)].beforeNote;
+                const std::string dumped = dumpNode(s.doc, label.node);
+                inserted[0].text = beforeNote ? dumped + inserted[0].text : inserted[0].text + dumped;
+                out->push_back(inserted[0]);
+            } else if (!label.fresh && (changed || moved)) {
+                out->push_back({label.span.from, label.span.to, dumpNode(s.doc, label.node)});
+            }
+            label.text = ui::utf16(plain);
+            label.vertical = mt.vertical;
+            labels[mt.blockNumber] = label;
         }
-        if (fresh || label.vertical != mt.vertical)
-            xmlSetProp(words, X("default-y"), X(tenthsOf(mt.vertical).c_str()));
-        label.text = ui::utf16(plain);
-        label.vertical = mt.vertical;
-        labels[mt.blockNumber] = label;
-    }
-    for (auto& gone : p.labelByBlock)
-        drop(gone.second.node);
-    p.labelByBlock = labels;
+    for (auto& gone : st.labelByBlock)
+        if (!gone.second.fresh) out->push_back({gone.second.span.space, gone.second.span.to, ""});
+    st.labelByBlock = labels;
 }
 
-bool save(xmlDocPtr d, const std::string& path, std::string* error) {
-    xmlNodePtr root = xmlDocGetRootElement(d);
-    xmlSetProp(root, X("version"), X("4.0"));
-    if (xmlDtdPtr old = xmlGetIntSubset(d)) {
-        xmlUnlinkNode(reinterpret_cast<xmlNodePtr>(old));
-        xmlFreeDtd(old);
+void writeAttributes(Sheet& s, std::vector<Patch>* out) {
+    for (const auto& part : s.parts) {
+        Part& p = *part;
+        if (!p.attributesChanged) continue;
+        const bool gone = p.attributesOurs && children(p.attributes).empty();
+        if (p.attributesNew) {
+            const MeasureSpan& first = p.measures.front();
+            if (!gone)
+                out->push_back({first.inside, first.inside,
+                                s.layout.space(kMeasureChild) + dumpNode(s.doc, p.attributes)});
+        } else if (gone) {
+            out->push_back({p.attributesSpan.space, p.attributesSpan.to, ""});
+        } else {
+            out->push_back({p.attributesSpan.from, p.attributesSpan.to, dumpNode(s.doc, p.attributes)});
+        }
     }
-    xmlCreateIntSubset(d, X("score-partwise"), X("-//Recordare//DTD MusicXML 4.0 Partwise//EN"),
-                       X("http://www.musicxml.org/dtds/partwise.dtd"));
+}
+
+bool save(const Sheet& s, std::vector<Patch> patches, const std::string& path, std::string* error) {
+    patches.insert(patches.end(), s.prolog.begin(), s.prolog.end());
+    // In file order; at one place, what is inserted there before what is replaced from there.
+    std::stable_sort(patches.begin(), patches.end(), [](const Patch& a, const Patch& b) {
+        return a.from != b.from ? a.from < b.from : (a.to == a.from) > (b.to == b.from);
+    });
     const std::string temp = path + ".part" + std::to_string(getpid());
-    if (xmlSaveFileEnc(temp.c_str(), d, "UTF-8") < 0 ||
-        std::rename(temp.c_str(), path.c_str()) != 0) {
+    FILE* f = std::fopen(temp.c_str(), "wb");
+    bool ok = f != nullptr;
+    size_t at = 0;
+    for (const Patch& p : patches) {
+        if (p.from > at) ok = ok && std::fwrite(s.data.data() + at, 1, p.from - at, f) == p.from - at;
+        ok = ok && std::fwrite(p.text.data(), 1, p.text.size(), f) == p.text.size();
+        at = std::max(at, p.to);
+    }
+    if (at < s.data.size())
+        ok = ok && std::fwrite(s.data.data() + at, 1, s.data.size() - at, f) == s.data.size() - at;
+    if (f) ok = std::fclose(f) == 0 && ok;
+    if (!ok || std::rename(temp.c_str(), path.c_str()) != 0) {
         std::remove(temp.c_str());
         *error = "cannot write " + path;
         return false;

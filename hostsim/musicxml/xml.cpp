@@ -58,6 +58,84 @@ void drop(xmlNodePtr n) {
     xmlFreeNode(n);
 }
 
+namespace {
+
+bool blank(xmlNodePtr n) {
+    return n && n->type == XML_TEXT_NODE && xmlIsBlankNode(n);
+}
+
+xmlNodePtr spaceNode(xmlNodePtr near, const std::string& space) {
+    return xmlNewDocText(near->doc, X(space.c_str()));
+}
+
+// Each element child of `n` on a line of its own, `space` deep, and the
+// end tag on a line `close` deep.
+void layOut(xmlNodePtr n, const std::string& space, const std::string& close,
+            const std::string& unit) {
+    if (space.find('\n') == std::string::npos) return;
+    bool any = false;
+    for (xmlNodePtr c = n->children; c; c = c->next) {
+        if (c->type != XML_ELEMENT_NODE) continue;
+        xmlAddPrevSibling(c, spaceNode(n, space));
+        layOut(c, space + unit, space, unit);
+        any = true;
+    }
+    if (any) xmlAddChild(n, spaceNode(n, close));
+}
+
+} // namespace
+
+std::string spaceBefore(xmlNodePtr n) {
+    if (!n || !blank(n->prev)) return "";
+    return reinterpret_cast<const char*>(n->prev->content);
+}
+
+void insertLike(xmlNodePtr parent, xmlNodePtr n, xmlNodePtr before, const std::string& space,
+                const std::string& unit) {
+    const auto elements = children(parent);
+    std::string sibling = before ? spaceBefore(before) : "";
+    if (sibling.empty() && !elements.empty()) sibling = spaceBefore(elements.back());
+    if (sibling.empty()) sibling = space;
+    const bool lines = sibling.find('\n') != std::string::npos;
+    if (before) {
+        xmlAddPrevSibling(before, n);
+        if (lines) xmlAddPrevSibling(before, spaceNode(parent, sibling));
+    } else if (blank(parent->last)) {
+        xmlAddPrevSibling(parent->last, n);
+        if (lines) xmlAddPrevSibling(n, spaceNode(parent, sibling));
+    } else {
+        if (lines) xmlAddChild(parent, spaceNode(parent, sibling));
+        xmlAddChild(parent, n);
+        if (lines && elements.empty()) {
+            // The parent had no element children: its end tag one level up.
+            std::string close = sibling;
+            if (close.size() > unit.size() &&
+                close.compare(close.size() - unit.size(), unit.size(), unit) == 0)
+                close.resize(close.size() - unit.size());
+            xmlAddChild(parent, spaceNode(parent, close));
+        }
+    }
+    if (lines) layOut(n, sibling + unit, sibling, unit);
+}
+
+void layOutChildren(xmlNodePtr n, const std::string& space, const std::string& unit) {
+    layOut(n, space + unit, space, unit);
+}
+
+void dropLike(xmlNodePtr n) {
+    if (blank(n->prev)) drop(n->prev);
+    drop(n);
+}
+
+std::string dumpNode(xmlDocPtr doc, xmlNodePtr n) {
+    xmlBufferPtr buf = xmlBufferCreate();
+    xmlNodeDump(buf, doc, n, 0, 0);
+    std::string s(reinterpret_cast<const char*>(xmlBufferContent(buf)),
+                  static_cast<size_t>(xmlBufferLength(buf)));
+    xmlBufferFree(buf);
+    return s;
+}
+
 xmlNodePtr labelWords(xmlNodePtr direction) {
     const auto types = children(direction, "direction-type");
     if (types.size() != 1) return nullptr;

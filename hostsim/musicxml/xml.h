@@ -24,6 +24,21 @@ bool number(const std::string& s, double* v);
 // Whole numbers beyond a billion (durations, frets, fifths) are not believed.
 long integer(xmlNodePtr n, long fallback);
 void drop(xmlNodePtr n);
+// The whitespace-only text right before `n`, or "".
+std::string spaceBefore(xmlNodePtr n);
+// Puts the new element `n` into `parent` before `before` (null: last) on a
+// line of its own, with the whitespace its siblings have (else `space`), and
+// lays out its own element children one `unit` deeper. A file on one line
+// (`space` and siblings without whitespace) gets none.
+void insertLike(xmlNodePtr parent, xmlNodePtr n, xmlNodePtr before, const std::string& space,
+                const std::string& unit);
+// Each element child of the new element `n` on a line of its own one `unit`
+// deeper than `space` (the whitespace before `n`), its end tag at `space`.
+void layOutChildren(xmlNodePtr n, const std::string& space, const std::string& unit);
+// Takes out `n` with the whitespace right before it.
+void dropLike(xmlNodePtr n);
+// An element as the file would hold it (UTF-8, nothing added around it).
+std::string dumpNode(xmlDocPtr doc, xmlNodePtr n);
 // The direction is a label candidate when it holds nothing but one <words>.
 xmlNodePtr labelWords(xmlNodePtr direction);
 
