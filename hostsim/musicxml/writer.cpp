@@ -4,6 +4,7 @@
 #include "sheet.h"
 #include "xml.h"
 
+#include "capotext.h"
 #include "chords.h"
 #include "shapes.h"
 
@@ -27,28 +28,6 @@ using score::ChordRecord;
 // The depth of the elements the writer adds under a measure: <attributes>,
 // <direction> and <harmony> are 3 deep (score, part, measure).
 constexpr int kMeasureChild = 3;
-
-// Rewrites a step/alter pair of a copied harmony as `p`.
-void setPitch(xmlNodePtr parent, const char* stepName, const char* alterName, Pitch p) {
-    xmlNodePtr step = child(parent, stepName);
-    if (!step) return;
-    xmlUnsetProp(step, X("text")); // a display text would still show the concert note
-    const std::string s(1, "CDEFGAB"[p.step]);
-    xmlNodeSetContent(step, X(s.c_str()));
-    xmlNodePtr alter = child(parent, alterName);
-    if (p.alter == 0) {
-        if (alter) dropLike(alter);
-        return;
-    }
-    if (!alter) {
-        // Right after the step, on a line of its own where the step has one.
-        alter = xmlNewDocNode(parent->doc, nullptr, X(alterName), nullptr);
-        xmlAddNextSibling(step, alter);
-        const std::string space = spaceBefore(step);
-        if (!space.empty()) xmlAddPrevSibling(alter, xmlNewDocText(parent->doc, X(space.c_str())));
-    }
-    xmlNodeSetContent(alter, X(std::to_string(p.alter).c_str()));
-}
 
 // Where the <attributes> of a measure take a <staff-details>: before these.
 const char* const kAfterStaffDetails[] = {"transpose", "for-part", "directive", "measure-style"};
@@ -106,58 +85,23 @@ void dropCapo(Part& p, Staff& st) {
     p.attributesChanged = true;
 }
 
-// The diagram of an open shape, frets counted from the capo as the player
-// counts them; strings not played get no note.
-xmlNodePtr frameOf(xmlDocPtr doc, const OpenShape& shape) {
-    xmlNodePtr frame = xmlNewDocNode(doc, nullptr, X("frame"), nullptr);
-    xmlSetProp(frame, X("unplayed"), X("x"));
-    xmlNewChild(frame, nullptr, X("frame-strings"), X("6"));
-    xmlNewChild(frame, nullptr, X("frame-frets"), X("4"));
-    for (int i = 0; i < 6; ++i) {
-        if (shape.frets[i] < 0) continue;
-        xmlNodePtr note = xmlNewChild(frame, nullptr, X("frame-note"), nullptr);
-        xmlNewChild(note, nullptr, X("string"), X(std::to_string(6 - i).c_str()));
-        xmlNewChild(note, nullptr, X("fret"), X(std::to_string(shape.frets[i]).c_str()));
-    }
-    return frame;
-}
-
-// A <frame> goes after the chord and before these.
-const char* const kAfterFrame[] = {"offset", "footnote", "level", "staff"};
-
-// The copy's diagram: the shape's own where it is an open shape and diagrams
-// are wanted (asked for, or the concert chord has one); none otherwise, as
-// the concert chord's would show the wrong fingering.
-void setFrame(xmlNodePtr copy, Pitch shapeRoot, const ChordFields& f, bool wanted,
-              const Layout& l) {
-    xmlNodePtr old = child(copy, "frame");
-    const OpenShape* shape =
-        (wanted || old) && f.bassStep < 0 ? openShape(shapeRoot, kindValue(f.kind)) : nullptr;
-    if (shape) {
-        xmlNodePtr before = old;
-        for (xmlNodePtr c : children(copy))
-            for (const char* name : kAfterFrame)
-                if (!before && is(c, name)) before = c;
-        insertLike(copy, frameOf(copy->doc, *shape), before, l.space(kMeasureChild + 1), l.unit);
-    }
-    if (old) dropLike(old);
-}
-
-// A capo chord as a copy of its source <harmony>: root and bass as the
-// player's shape, marked as an alternate chord at the record's height.
-xmlNodePtr capoCopy(const Sheet& s, const Harmony& source, const ChordRecord& c, Key concert,
-                    bool diagrams) {
-    xmlNodePtr copy = xmlDocCopyNode(source.node, s.doc, 1);
+// A capo chord after its source: root and bass as the player's shape, the
+// shape's diagram where it is an open shape and diagrams are wanted (asked
+// for, or the concert chord has one; the concert chord's would show the
+// wrong fingering), at the record's height.
+void appendCopy(const Sheet& s, const Harmony& source, const ChordRecord& c, Key concert,
+                bool diagrams, std::string* out) {
     const ChordFields& f = source.fields;
-    const Pitch root = shapeOf({f.rootStep, f.rootAlter}, concert, c.fret());
-    if (xmlNodePtr r = child(copy, "root")) setPitch(r, "root-step", "root-alter", root);
-    if (xmlNodePtr bass = child(copy, "bass"); bass && f.bassStep >= 0)
-        setPitch(bass, "bass-step", "bass-alter",
-                 shapeOf({f.bassStep, f.bassAlter}, concert, c.fret()));
-    setFrame(copy, root, f, diagrams, s.layout);
-    xmlSetProp(copy, X("type"), X("alternate"));
-    xmlSetProp(copy, X("default-y"), X(tenthsOf(c.vertical).c_str()));
-    return copy;
+    CapoText t;
+    t.root = shapeOf({f.rootStep, f.rootAlter}, concert, c.fret());
+    t.hasBass = f.bassStep >= 0;
+    if (t.hasBass) t.bass = shapeOf({f.bassStep, f.bassAlter}, concert, c.fret());
+    if ((diagrams || child(source.node, "frame")) && !t.hasBass)
+        t.frame = openShape(t.root, kindValue(f.kind));
+    t.defaultY = tenthsOf(c.vertical);
+    t.unit = s.layout.unit;
+    out->append(s.data, source.span.space, source.span.from - source.span.space);
+    appendCapoChord(source.node, t, out);
 }
 
 // The capo fret in the part's first measure for the staff, in a <capo> of
@@ -234,10 +178,8 @@ void writeCapoChords(Sheet& s, int hostStaff, bool diagrams, std::vector<Patch>*
             if (s.parts[static_cast<size_t>(source.part)]->firstStaff + source.staff - 1 != hostStaff)
                 continue;
             if (!fret) fret = c.fret();
-            xmlNodePtr copy =
-                capoCopy(s, source, c, st.part->keys[static_cast<size_t>(m - 1)], diagrams);
-            after[number] += bytes(s, source.span.space, source.span.from) + dumpNode(s.doc, copy);
-            xmlFreeNode(copy);
+            appendCopy(s, source, c, st.part->keys[static_cast<size_t>(m - 1)], diagrams,
+                       &after[number]);
         }
         for (auto& [number, text] : after) {
             const size_t end = s.harmonies[number - 1]->span.to;

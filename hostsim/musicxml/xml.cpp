@@ -93,9 +93,10 @@ std::string spaceBefore(xmlNodePtr n) {
 void insertLike(xmlNodePtr parent, xmlNodePtr n, xmlNodePtr before, const std::string& space,
                 const std::string& unit) {
     const auto elements = children(parent);
-    std::string sibling = before ? spaceBefore(before) : "";
-    if (sibling.empty() && !elements.empty()) sibling = spaceBefore(elements.back());
-    if (sibling.empty()) sibling = space;
+    // Like the element it goes before, else like the last; `space` only
+    // where there is no sibling to follow.
+    const std::string sibling =
+        before ? spaceBefore(before) : elements.empty() ? space : spaceBefore(elements.back());
     const bool lines = sibling.find('\n') != std::string::npos;
     if (before) {
         xmlAddPrevSibling(before, n);
