@@ -1,13 +1,11 @@
 // A capo chord as the text the writer splices in after its source: the
-// source <harmony> written out as it stands but for what makes it the
-// player's chord, without copying it.
+// source <harmony>'s own bytes, patched where the player's chord differs.
 #ifndef CAPOCHORDS_HOSTSIM_MUSICXML_CAPOTEXT_H
 #define CAPOCHORDS_HOSTSIM_MUSICXML_CAPOTEXT_H
 
 #include "chords.h"
 #include "shapes.h"
-
-#include <libxml/tree.h>
+#include "sheet.h"
 
 #include <string>
 
@@ -23,14 +21,13 @@ struct CapoText {
     std::string unit = "  ";          // the file's indentation step
 };
 
-// Appends the capo chord of the <harmony> `source`: type "alternate", the
-// given default-y, root and bass as given (their display texts dropped, an
-// alteration added, changed or dropped), the given diagram in place of the
-// source's or none; everything else as the source has it.
-void appendCapoChord(xmlNodePtr source, const CapoText& c, std::string* out);
-
-// Appends any node as XML (UTF-8, escaped where it must be).
-void appendNode(xmlNodePtr n, std::string* out);
+// Appends the capo chord of the ordinary chord `h` of the bytes `data`: type
+// "alternate", the given default-y, root and bass steps as given (their
+// display texts dropped) with an alteration added, changed or dropped, the
+// given diagram in place of the source's or none; every other byte as the
+// source has it.
+void appendCapoChord(const std::string& data, const Harmony& h, const CapoText& c,
+                     std::string* out);
 
 } // namespace musicxml
 } // namespace hostsim

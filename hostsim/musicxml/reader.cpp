@@ -1,5 +1,6 @@
 // Reading a MusicXML lead sheet: the file (unpacked when compressed), the
 // tree, and the parts' measures, keys, chords, capo and labels.
+#include "bytes.h"
 #include "leadsheet.h"
 #include "sheet.h"
 #include "xml.h"
@@ -188,17 +189,13 @@ xmlNodePtr ourMark(xmlNodePtr capo) {
     return nullptr;
 }
 
-bool space(char c) {
-    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
-
 // The byte range of an element the parser saw, with the whitespace before it.
 Span spanOf(const std::string& data, xmlNodePtr n) {
     Span s;
     s.from = reinterpret_cast<uintptr_t>(n->_private) - 1;
     s.to = reinterpret_cast<uintptr_t>(n->psvi) - 1;
     s.space = s.from;
-    while (s.space > 0 && space(data[s.space - 1]))
+    while (s.space > 0 && isSpace(data[s.space - 1]))
         --s.space;
     return s;
 }
@@ -233,7 +230,7 @@ class PartReader {
         ms.empty = sheet_.data[ms.span.to - 2] == '/';
         ms.firstNote = ms.empty ? ms.span.to : sheet_.data.rfind("</", ms.span.to);
         ms.firstNoteSpace = ms.firstNote;
-        while (ms.firstNoteSpace > inside && space(sheet_.data[ms.firstNoteSpace - 1]))
+        while (ms.firstNoteSpace > inside && isSpace(sheet_.data[ms.firstNoteSpace - 1]))
             --ms.firstNoteSpace;
         if (sheet_.parts.empty()) sheet_.numbers.push_back(attr(m, "number"));
         pos_ = 0;
@@ -368,7 +365,6 @@ class PartReader {
 
     void harmony(xmlNodePtr c, int index) {
         Harmony h;
-        h.node = c;
         h.part = index_;
         h.staff = staffOf(c);
         h.measure = index;
@@ -385,14 +381,31 @@ class PartReader {
                                                                  kOnsetPerQuarter / divisions_)));
         if (const int fret = capoFret(c, h)) {
             h.fields = lastOrdinary_->fields;
-            h.node = nullptr;
             alternates_.emplace_back(h, fret);
         } else {
             h.fields.harmony = static_cast<uint32_t>(sheet_.harmonies.size() + 1);
-            keep(sheet_, c);
+            h.bytes = bytesOf(c);
             sheet_.harmonies.push_back(std::make_unique<Harmony>(h));
             lastOrdinary_ = sheet_.harmonies.back().get();
         }
+    }
+
+    // Where the parts of a chord its capo chord changes stand.
+    HarmonyBytes bytesOf(xmlNodePtr h) const {
+        HarmonyBytes b;
+        const auto at = [this](xmlNodePtr n) { return n ? spanOf(sheet_.data, n) : Span(); };
+        xmlNodePtr root = child(h, "root"), bass = child(h, "bass");
+        b.rootStep = at(child(root, "root-step"));
+        b.rootAlter = at(child(root, "root-alter"));
+        b.bassStep = at(child(bass, "bass-step"));
+        b.bassAlter = at(child(bass, "bass-alter"));
+        b.frame = at(child(h, "frame"));
+        for (xmlNodePtr c : children(h)) {
+            b.last = at(c);
+            const bool after = is(c, "offset") || is(c, "footnote") || is(c, "level") || is(c, "staff");
+            if (after && !b.frameBefore.to) b.frameBefore = b.last;
+        }
+        return b;
     }
 
     // An alternate chord directly after its source (or the source's other
@@ -429,71 +442,6 @@ class PartReader {
     std::vector<std::pair<Harmony, int>> alternates_;  // with their frets
     std::vector<std::pair<int, Label>> labels_;        // with their staves
 };
-
-// Where the DOCTYPE declaration starts, before the root at `rootFrom`; npos: none.
-size_t doctypeAt(const std::string& d, size_t rootFrom) {
-    for (size_t i = 0; i < rootFrom;) {
-        const bool comment = d.compare(i, 4, "<!--") == 0, instruction = d.compare(i, 2, "<?") == 0;
-        if (d.compare(i, 9, "<!DOCTYPE") == 0) return i;
-        if (!comment && !instruction) {
-            ++i;
-            continue;
-        }
-        const size_t close = d.find(comment ? "-->" : "?>", i + 2);
-        if (close == std::string::npos || close >= rootFrom) break;
-        i = close + (comment ? 3 : 2);
-    }
-    return std::string::npos;
-}
-
-// Right after the '>' that ends the declaration or tag at `at`, quoted
-// values and an internal subset passed over.
-size_t declarationEnd(const std::string& d, size_t at) {
-    char quote = 0;
-    int subset = 0;
-    for (size_t i = at; i < d.size(); ++i) {
-        const char c = d[i];
-        if (quote)
-            quote = c == quote ? 0 : quote;
-        else if (c == '"' || c == '\'')
-            quote = c;
-        else if (c == '[' || c == ']')
-            subset += c == '[' ? 1 : -1;
-        else if (c == '>' && subset <= 0)
-            return i + 1;
-    }
-    return d.size();
-}
-
-// An attribute's value in the start tag at `tag`: its bytes when found,
-// else where one would go (right after the element's name).
-struct Attribute {
-    bool found = false;
-    size_t from = 0, to = 0;
-};
-Attribute attributeIn(const std::string& d, size_t tag, const std::string& name) {
-    Attribute a;
-    size_t i = tag + 1;
-    while (i < d.size() && !space(d[i]) && d[i] != '>' && d[i] != '/')
-        ++i;
-    a.from = a.to = i;
-    while (i < d.size()) {
-        while (i < d.size() && space(d[i]))
-            ++i;
-        if (i >= d.size() || d[i] == '>' || d[i] == '/') break;
-        const size_t nameFrom = i;
-        while (i < d.size() && d[i] != '=' && !space(d[i]))
-            ++i;
-        const std::string attribute = d.substr(nameFrom, i - nameFrom);
-        const size_t quote = d.find_first_of("\"'", i);
-        if (quote == std::string::npos) break;
-        const size_t close = d.find(d[quote], quote + 1);
-        if (close == std::string::npos) break;
-        if (attribute == name) return {true, quote + 1, close};
-        i = close + 1;
-    }
-    return a;
-}
 
 // The parse, event by event: the default tree building, each element's
 // byte range noted in it, and each measure read and freed once it is done.
@@ -624,17 +572,15 @@ class Parse {
         else
             sheet_.prolog.push_back({at, declarationEnd(d, at), doctype});
         const Attribute version = attributeIn(d, rootFrom, "version");
-        if (version.found)
-            sheet_.prolog.push_back({version.from, version.to, "4.0"});
-        else
-            sheet_.prolog.push_back({version.from, version.from, " version=\"4.0\""});
+        sheet_.prolog.push_back(
+            {version.from, version.to, version.found ? "4.0" : " version=\"4.0\""});
     }
 
     // The file's indentation step, from the root's first element child.
     void layOut(size_t from) {
         laidOut_ = true;
         size_t s = from;
-        while (s > 0 && space(sheet_.data[s - 1]))
+        while (s > 0 && isSpace(sheet_.data[s - 1]))
             --s;
         const std::string before = sheet_.data.substr(s, from - s);
         const size_t newline = before.find_last_of('\n');

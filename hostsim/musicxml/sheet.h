@@ -30,10 +30,18 @@ struct Span {
     size_t space = 0, from = 0, to = 0;
 };
 
-// An ordinary chord: its element (kept), its staff of the part and its place.
+// Where the parts of a chord that its capo chord changes stand in the bytes;
+// `to` 0: the chord has none.
+struct HarmonyBytes {
+    Span rootStep, rootAlter, bassStep, bassAlter, frame;
+    Span frameBefore; // the first element a new <frame> goes before; none: after `last`
+    Span last;        // the last element inside
+};
+
+// An ordinary chord: its bytes, its staff of the part and its place.
 struct Harmony {
-    xmlNodePtr node = nullptr;
     Span span;
+    HarmonyBytes bytes;
     int part = 0, staff = 1, measure = 0; // part from 0, staff and measure from 1
     ChordFields fields;
     int16_t vertical = 0;

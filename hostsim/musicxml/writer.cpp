@@ -96,12 +96,12 @@ void appendCopy(const Sheet& s, const Harmony& source, const ChordRecord& c, Key
     t.root = shapeOf({f.rootStep, f.rootAlter}, concert, c.fret());
     t.hasBass = f.bassStep >= 0;
     if (t.hasBass) t.bass = shapeOf({f.bassStep, f.bassAlter}, concert, c.fret());
-    if ((diagrams || child(source.node, "frame")) && !t.hasBass)
+    if ((diagrams || source.bytes.frame.to) && !t.hasBass)
         t.frame = openShape(t.root, kindValue(f.kind));
     t.defaultY = tenthsOf(c.vertical);
     t.unit = s.layout.unit;
     out->append(s.data, source.span.space, source.span.from - source.span.space);
-    appendCapoChord(source.node, t, out);
+    appendCapoChord(s.data, source, t, out);
 }
 
 // The capo fret in the part's first measure for the staff, in a <capo> of
