@@ -135,13 +135,14 @@ std::string name(xmlNodePtr parent, const char* step, const char* alter, int* pc
     return s + std::string(a > 0 ? a : 0, '#') + std::string(a < 0 ? -a : 0, 'b');
 }
 
-// What a file holds: its notes, chords, capo frets and first-measure words.
+// What a file holds: its notes, chords, capo frets (by part, and part/staff
+// where numbered), first-measure words and every measure's words by place.
 struct Contents {
     bool read = false;
     std::vector<std::string> notes;
     std::vector<Chord> chords;
     std::map<std::string, std::string> capo;
-    std::vector<std::string> words;
+    std::vector<std::string> words, placed;
     std::vector<Chord> ordinary() const {
         std::vector<Chord> out;
         for (const Chord& c : chords)
@@ -165,10 +166,14 @@ Contents contents(const std::string& path) {
                 if (is(e, "note")) c.notes.push_back(prop(part, "id") + " " + dump(e));
                 if (is(e, "attributes")) {
                     if (xmlNodePtr k = child(e, "key")) fifths = std::atoi(text(child(k, "fifths")).c_str());
-                    if (xmlNodePtr capo = child(child(e, "staff-details"), "capo")) c.capo[prop(part, "id")] = text(capo);
+                    for (xmlNodePtr sd = e->children; sd; sd = sd->next)
+                        if (xmlNodePtr capo = is(sd, "staff-details") ? child(sd, "capo") : nullptr)
+                            c.capo[prop(part, "id") + (prop(sd, "number").empty() ? "" : "/" + prop(sd, "number"))] = text(capo);
                 }
-                if (is(e, "direction") && measure == 1)
-                    if (xmlNodePtr w = child(child(e, "direction-type"), "words")) c.words.push_back(text(w));
+                if (xmlNodePtr w = is(e, "direction") ? child(child(e, "direction-type"), "words") : nullptr) {
+                    if (measure == 1) c.words.push_back(text(w));
+                    c.placed.push_back(prop(part, "id") + " m" + std::to_string(measure) + " s" + (child(e, "staff") ? text(child(e, "staff")) : "1") + " " + text(w));
+                }
                 if (!is(e, "harmony")) continue;
                 Chord h;
                 h.part = prop(part, "id");
@@ -306,20 +311,6 @@ TEST(Apply, AgainWithAnotherFretUpdatesTheCapoChordsAndTheLabel) {
     const std::string third = tmp.path() + "/third.musicxml";
     ASSERT_EQ(zemloHost("'" + second + "' -o '" + third + "'", tmp.path()).status, 0);
     expectCapoChords(before, contents(third), 5);
-}
-
-TEST(Apply, WorksOnTheSelectedStavesAndMeasuresOnly) {
-    TempDir tmp;
-    const std::string out = tmp.path() + "/out.musicxml";
-    const Ran r = zemloHost("--capo 2 --measures 2-3 --staves 1-1 --no-label -o '" + out + "'", tmp.path());
-    ASSERT_EQ(r.status, 0) << r.err;
-    const Contents c = contents(out);
-    for (const Chord& h : c.chords)
-        if (h.alternate) {
-            EXPECT_TRUE(h.part == "P1" && h.measure >= 2 && h.measure <= 3) << h.part << h.measure;
-        }
-    EXPECT_EQ(c.chords.size(), contents(kSamples + "lantern-road.musicxml").chords.size() + 4);
-    EXPECT_TRUE(c.words.empty());
 }
 
 // A compressed MusicXML file of these entries, by name.
@@ -563,15 +554,46 @@ TEST(Advisor, RanksCaposAndChoosesOneOfOneToSeven) {
 
 struct Score {
     std::string tree;  // elements, attributes and texts, whitespace left out
+    std::vector<std::string> tokens;  // the same, a start tag, text or end tag each; words without attributes
     size_t rooted = 0, alternate = 0;  // <harmony> with a root (not N.C.), and alternate ones
+    std::map<std::string, int> staves;  // by part: <staves>, or the highest <staff> of a chord or direction
 };
 
-void countHarmonies(xmlNodePtr n, Score& s) {
+void countHarmonies(xmlNodePtr n, Score& s, const std::string& part = "") {
     for (; n; n = n->next) {
+        const std::string id = is(n, "part") ? prop(n, "id") : part;
+        int& staves = s.staves[id];
+        if (is(n, "staves") || ((is(n, "harmony") || is(n, "direction")) && child(n, "staff")))
+            staves = std::max({staves, 1, std::atoi(text(is(n, "staves") ? n : child(n, "staff")).c_str())});
         if (is(n, "harmony") && prop(n, "type") == "alternate") ++s.alternate;
         else if (is(n, "harmony")) s.rooted += child(n, "root") && text(child(n, "kind")) != "none";
-        else countHarmonies(n->children, s);
+        else countHarmonies(n->children, s, id);
     }
+}
+
+void tokens(xmlNodePtr n, std::vector<std::string>& out) {
+    for (; n; n = n->next) {
+        if (n->type == XML_TEXT_NODE && !text(n).empty() && !is(n->parent, "words")) out.push_back(text(n));
+        if (n->type != XML_ELEMENT_NODE) continue;
+        const std::string tag = dump(n);
+        out.push_back(is(n, "words") ? "<words>" : tag.substr(0, tag.find('>') + 1));
+        tokens(n->children, out);
+        out.push_back("</" + std::string(reinterpret_cast<const char*>(n->name)) + ">");
+    }
+}
+
+// The first token of `original` that `out` lacks, in order; empty: none.
+std::string missing(const std::vector<std::string>& original, const std::vector<std::string>& out) {
+    size_t j = 0;
+    for (size_t i = 0; i < original.size(); ++i, ++j) {
+        while (j < out.size() && out[j] != original[i]) ++j;
+        if (j == out.size()) {
+            std::string context;
+            for (size_t k = i > 3 ? i - 3 : 0; k < original.size() && k < i + 3; ++k) context += original[k];
+            return original[i] + " (in " + context + ")";
+        }
+    }
+    return "";
 }
 
 // The score of a file, unpacked by libzip when compressed: the entry outside
@@ -598,26 +620,37 @@ Score scoreOf(const fs::path& file) {
     if (!d) return s;
     for (xmlNodePtr c = xmlDocGetRootElement(d)->children; c; c = c->next)
         if (c->type == XML_ELEMENT_NODE) s.tree += dump(c);  // not the root's version
+    tokens(xmlDocGetRootElement(d)->children, s.tokens);
     countHarmonies(xmlDocGetRootElement(d), s);
     xmlFreeDoc(d);
     return s;
 }
 
-// Capo 3, capo 2 on that, removal: the second run adds no capo chord the
-// first did not, none beyond one per rooted chord, and removal gives the
-// original back. Empty when all went so; otherwise what went wrong.
+// Capo 3, capo 2 on that, removal (each with `args`): the first run changes
+// nothing of the file, only adds, and on the whole score labels every staff
+// of the first measure; the second adds no capo chord the first did not,
+// none beyond one per rooted chord; removal gives the original back. Empty
+// when all went so; otherwise what went wrong.
 std::string rerunAndRemove(const fs::path& in, const std::string& dir, int first = 3, int second = 2,
-                           std::string* listing = nullptr) {
+                           std::string* listing = nullptr, const std::string& args = "") {
     const std::string a = dir + "/a.musicxml", b = dir + "/b.musicxml", c = dir + "/c.musicxml";
     fs::remove(a), fs::remove(b);
     const Score original = scoreOf(in);
-    const Ran r1 = zemloHost("'" + in.string() + "' --capo " + std::to_string(first) + " -o '" + a + "'", dir);
+    const Ran r1 = zemloHost("'" + in.string() + "' --capo " + std::to_string(first) + args + " -o '" + a + "'", dir);
     if (r1.status != 0) return "refused: " + r1.err;
     if (listing) *listing = r1.out;
-    const Ran r2 = zemloHost("'" + a + "' --capo " + std::to_string(second) + " -o '" + b + "'", dir);
-    const Ran r3 = zemloHost("'" + b + "' --remove -o '" + c + "'", dir);
+    const Ran r2 = zemloHost("'" + a + "' --capo " + std::to_string(second) + args + " -o '" + b + "'", dir);
+    const Ran r3 = zemloHost("'" + b + "' --remove" + args + " -o '" + c + "'", dir);
     if (r2.status != 0 || r3.status != 0) return "re-run or removal refused: " + r2.err + r3.err;
     const Score once = scoreOf(a), twice = scoreOf(b), back = scoreOf(c);
+    if (const std::string lost = missing(original.tokens, once.tokens); !lost.empty())
+        return "the first run changed the file's " + lost;
+    const std::vector<std::string> placed = contents(a).placed;
+    for (const auto& [part, staves] : original.staves)
+        for (int staff = 1; args.empty() && original.rooted && !part.empty() && staff <= staves; ++staff)
+            if (std::find(placed.begin(), placed.end(), part + " m1 s" + std::to_string(staff) + " Capo" +
+                                                            std::to_string(first)) == placed.end())
+                return "no label on " + part + " staff " + std::to_string(staff) + " of measure 1";
     const std::vector<Chord> chords = contents(b).chords;
     for (size_t i = 1; i < chords.size(); ++i)
         if (chords[i].alternate && !chords[i - 1].alternate && chords[i].pc != (chords[i - 1].pc + 12 - second % 12) % 12)
@@ -680,6 +713,119 @@ TEST(Apply, ReRunAndRemovalLeaveTheUsersScoreAsItWas) {
         EXPECT_EQ(contents(tmp.path() + "/b.musicxml").capo["P1"], c.capoAfter);
         EXPECT_NE(listing.find(c.listed), std::string::npos) << listing;
     }
+}
+
+// A grand staff: each staff its own, with its own chords, capo and label; the
+// label at the region's first measure, found there again by a re-run.
+TEST(Apply, EveryStaffIsItsOwnAndTheLabelGoesToTheRegionsFirstMeasure) {
+    const auto chord = [](const char* root, const char* staff) {
+        return "<harmony><root><root-step>" + std::string(root) + "</root-step></root><kind>major</kind>" +
+               (*staff ? "<staff>" + std::string(staff) + "</staff>" : "") + "</harmony><note><rest/><duration>4</duration>" +
+               (*staff ? "<staff>" + std::string(staff) + "</staff>" : "") + "</note>";
+    };
+    TempDir tmp;
+    const std::string in = tmp.path() + "/in.musicxml", out = tmp.path() + "/b.musicxml";
+    writeFile(in, kHead + "<measure number=\"1\"><attributes><divisions>1</divisions><staves>2</staves></attributes>" +
+                      chord("C", "") + "</measure><measure number=\"2\">" + chord("F", "1") +
+                      "<backup><duration>4</duration></backup>" + chord("D", "2") + "</measure><measure number=\"3\">" +
+                      chord("G", "2") + "</measure></part></score-partwise>");
+    std::string listing;
+    EXPECT_EQ(rerunAndRemove(in, tmp.path(), 3, 5, &listing, " --staves 2-2 --measures 2-3"), "");
+    EXPECT_NE(listing.find("V 1        m1   C\n"), std::string::npos) << listing;
+    EXPECT_NE(listing.find("V 2        m3   G                        | capo 3: E\n"), std::string::npos) << listing;
+    const Contents c = contents(out);
+    EXPECT_EQ(c.capo, (std::map<std::string, std::string>{{"P1/2", "5"}}));
+    EXPECT_EQ(c.placed, (std::vector<std::string>{"P1 m2 s2 Capo5"}));
+    std::vector<std::string> capoChords;
+    for (const Chord& h : c.chords)
+        if (h.alternate) capoChords.push_back(std::to_string(h.measure) + h.root + h.xml.substr(h.xml.find("<staff")));
+    EXPECT_EQ(capoChords, (std::vector<std::string>{"2A<staff>2</></>", "3D<staff>2</></>"}));
+}
+
+// A re-run with another fret, byte for byte: the file's own bytes as they
+// came, what the runs added indented like its neighbours, the first run's
+// diagram gone without a trace. The input is this less the lines marked +.
+TEST(Output, KeepsTheFilesBytesAndIndentsWhatItAddsLikeItsNeighbours) {
+    const std::string expected = R"(<?xml version="1.0" encoding="UTF-8"?>
++<!DOCTYPE score-partwise PUBLIC "-//Recordare//DTD MusicXML 4.0 Partwise//EN" "http://www.musicxml.org/dtds/partwise.dtd">
+<score-partwise version="4.0">
+  <part-list>
+    <score-part id="P1">
+      <part-name>Guitar</part-name>
+    </score-part>
+  </part-list>
+  <part id="P1">
+    <measure number="1">
+      <attributes>
+        <divisions>1</divisions>
++        <staff-details>
++          <capo>2</capo><!-- capo and staff-details of the capo chords -->
++        </staff-details>
+      </attributes>
+      <harmony>
+        <root>
+          <root-step>E</root-step>
+        </root>
+        <kind>major</kind>
+      </harmony>
++      <harmony type="alternate" default-y="26.6667">
++        <root>
++          <root-step>D</root-step>
++        </root>
++        <kind>major</kind>
++      </harmony>
++      <direction placement="above">
++        <direction-type>
++          <words default-y="80.8333">Capo 2</words>
++        </direction-type>
++      </direction>
+      <note>
+        <rest/>
+        <duration>2</duration>
+      </note>
+      <harmony>
+        <root>
+          <root-step>B</root-step>
+          <root-alter>-1</root-alter>
+        </root>
+        <kind>major</kind>
+      </harmony>
++      <harmony type="alternate" default-y="26.6667">
++        <root>
++          <root-step>A</root-step>
++          <root-alter>-1</root-alter>
++        </root>
++        <kind>major</kind>
++      </harmony>
+      <note>
+        <rest/>
+        <duration>2</duration>
+      </note>
+    </measure>
+  </part>
+</score-partwise>
+)";
+    std::string in, out;
+    for (size_t at = 0, end; at < expected.size(); at = end + 1) {
+        end = expected.find('\n', at);
+        const std::string line = expected.substr(at, end - at + 1);
+        if (line[0] != '+') in += line;
+        out += line[0] == '+' ? line.substr(1) : line;
+    }
+    in.replace(in.find("4.0"), 3, "3.1");
+    TempDir tmp;
+    writeFile(tmp.path() + "/in.musicxml", in);
+    const std::string first = tmp.path() + "/first.musicxml", second = tmp.path() + "/second.musicxml";
+    ASSERT_EQ(zemloHost("'" + tmp.path() + "/in.musicxml' --capo 3 --diagrams -o '" + first + "'", tmp.path()).status, 0);
+    ASSERT_NE(fileText(first).find("<frame"), std::string::npos);
+    ASSERT_EQ(zemloHost("'" + first + "' --capo 2 -o '" + second + "'", tmp.path()).status, 0);
+    EXPECT_EQ(fileText(second), out);
+    // A file on one line stays on one line.
+    writeFile(tmp.path() + "/flat.musicxml", kHead + "<measure number=\"1\"><attributes/>" + kChord + kNote + "</measure></part></score-partwise>");
+    ASSERT_EQ(zemloHost("'" + tmp.path() + "/flat.musicxml' --capo 3 -o '" + first + "'", tmp.path()).status, 0);
+    const std::string flat = fileText(first);
+    EXPECT_EQ(flat.find('\n'), flat.find("<score-partwise") - 1) << flat;  // after the DOCTYPE put before it
+    EXPECT_EQ(std::count(flat.begin(), flat.end(), '\n'), 1) << flat;
 }
 
 // Every public and fault file: read; capo 3, capo 2 on that, removal (above);
