@@ -1,10 +1,11 @@
 // MusicXML lead sheets in and out of the simulated document.
 //
-// A partwise score becomes staves (one per part) and measures; every
-// <harmony> with a root becomes a chord record of its staff-measure, in onset
-// order. The parsed tree is kept: writing it back only adds, changes or
-// removes the elements the simulated host owns (capo chords, a <capo> of its
-// own, label words the command changed), so everything else leaves as it came.
+// A partwise score becomes staves (every staff of every part its own) and
+// measures; every <harmony> with a root becomes a chord record of its
+// staff-measure, in onset order. The file's bytes are kept: writing back
+// copies them and splices in only what the simulated host owns (capo chords,
+// a <capo> of its own, labels the command wrote or changed), so everything
+// else leaves byte for byte as it came.
 #ifndef CAPOCHORDS_HOSTSIM_MUSICXML_LEADSHEET_H
 #define CAPOCHORDS_HOSTSIM_MUSICXML_LEADSHEET_H
 
@@ -40,7 +41,7 @@ class LeadSheet {
     // measure records, chord records, label blocks, the fonts labels use.
     void build();
     // Writes the simulated document's chords and labels back as MusicXML 4.0,
-    // to a temporary file renamed to `path` once it is complete. With
+    // to a temporary file renamed to `path` once it is complete; once per read. With
     // `diagrams`, every capo chord in an open shape gets that shape's diagram
     // (one whose concert chord has a diagram gets it anyway).
     bool write(const std::string& path, std::string* error, bool diagrams = false);
