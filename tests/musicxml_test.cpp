@@ -308,20 +308,6 @@ TEST(Apply, AgainWithAnotherFretUpdatesTheCapoChordsAndTheLabel) {
     expectCapoChords(before, contents(third), 5);
 }
 
-TEST(Apply, WorksOnTheSelectedStavesAndMeasuresOnly) {
-    TempDir tmp;
-    const std::string out = tmp.path() + "/out.musicxml";
-    const Ran r = zemloHost("--capo 2 --measures 2-3 --staves 1-1 --no-label -o '" + out + "'", tmp.path());
-    ASSERT_EQ(r.status, 0) << r.err;
-    const Contents c = contents(out);
-    for (const Chord& h : c.chords)
-        if (h.alternate) {
-            EXPECT_TRUE(h.part == "P1" && h.measure >= 2 && h.measure <= 3) << h.part << h.measure;
-        }
-    EXPECT_EQ(c.chords.size(), contents(kSamples + "lantern-road.musicxml").chords.size() + 4);
-    EXPECT_TRUE(c.words.empty());
-}
-
 // A compressed MusicXML file of these entries, by name.
 bool writeMxl(const std::string& path, const std::vector<std::pair<std::string, std::string>>& entries) {
     int code = 0;
@@ -428,9 +414,12 @@ TEST(Apply, RefusesBadFilesAndOptionsWithOneMessageAndWritesNothing) {
         {"fret not a number", "", "--capo three", "fret from 1 to 63"},
         {"distance not a number", "", "--distance far", "--distance wants a number"},
         {"unknown unit", "", "--unit furlongs", "unknown unit"},
-        {"measures beyond the score", "", "--measures 3-9", "the score has measures 1-4"},
+        {"a measure number the score lacks", "", "--measures 3-9", "no measure is numbered 9 (the first is numbered 1, the last 4)"},
+        {"positions beyond the score", "", "--positions 3-9", "the score has 4 measures"},
         {"staves beyond the score", "", "--staves 1-3", "the score has staves 1-2"},
-        {"bad range", "", "--measures 5-2", "--measures wants FIRST-LAST"},
+        {"measures backwards", "", "--measures 4-2", "measure 2 comes before measure 4"},
+        {"bad range", "", "--positions 5-2", "--positions wants FIRST-LAST"},
+        {"both selections", "", "--measures 2 --positions 2", "--measures and --positions both select measures"},
     };
     TempDir tmp;
     for (const BadCase& c : cases) {
@@ -679,6 +668,43 @@ TEST(Apply, ReRunAndRemovalLeaveTheUsersScoreAsItWas) {
         EXPECT_EQ(rerunAndRemove(in, tmp.path(), c.first, c.second, &listing), "");
         EXPECT_EQ(contents(tmp.path() + "/b.musicxml").capo["P1"], c.capoAfter);
         EXPECT_NE(listing.find(c.listed), std::string::npos) << listing;
+    }
+}
+
+// --measures by the numbers the score prints (a measure without one by its
+// position), --positions where they repeat: the capo chords land in those only.
+TEST(Apply, SelectsMeasuresAsTheScoreNumbersThem) {
+    std::string numbered = kHead;
+    for (const char* n : {"0", "1", "1a", "", "X1", "2", "2"})
+        numbered += "<measure" + (*n ? " number=\"" + std::string(n) + "\"" : std::string()) + ">" + kChord + kNote + "</measure>";
+    struct Case {
+        std::string args;
+        const char* listed;  // the selection as the listing gives it, or the refusal
+        const char* capo;    // part and measure position of each capo chord
+    } const cases[] = {
+        {"--measures 0", "measures 0-0\n", "P1:1 "},
+        {"--measures 1a-X1", "measures 1a-X1\n", "P1:3 P1:4 P1:5 "},
+        {"--measures 4", "measures 4-4\n", "P1:4 "},
+        {"--measures 1-2", "2 measures are numbered 2 (positions 6, 7); select them by position with --positions FIRST-LAST", ""},
+        {"--positions 6-7", "measures 2-2 (positions 6-7)\n", "P1:6 P1:7 "},
+        {"'" + kSamples + "lantern-road.musicxml' --measures 2-3 --staves 1-1", "staves 1-1, measures 2-3\n", "P1:2 P1:2 P1:3 P1:3 "},
+    };
+    TempDir tmp;
+    writeFile(tmp.path() + "/in.musicxml", numbered + "</part></score-partwise>");
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.args);
+        const std::string out = tmp.path() + "/out.musicxml";
+        fs::remove(out);
+        const std::string score = c.args[0] == '\'' ? "" : "'" + tmp.path() + "/in.musicxml' ";
+        const Ran r = zemloHost(score + c.args + " --no-label -o '" + out + "'", tmp.path());
+        EXPECT_NE((r.out + r.err).find(c.listed), std::string::npos) << r.out << r.err;
+        EXPECT_EQ(r.status != 0, !*c.capo);
+        const Contents written = contents(out);
+        std::string capo;
+        for (const Chord& h : written.chords)
+            if (h.alternate) capo += h.part + ":" + std::to_string(h.measure) + " ";
+        EXPECT_EQ(capo, c.capo);
+        EXPECT_TRUE(written.words.empty());
     }
 }
 
