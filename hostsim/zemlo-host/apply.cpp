@@ -207,6 +207,10 @@ int fail(const std::string& message) {
     return 1;
 }
 
+void warn(const std::string& message) {
+    std::fprintf(stderr, "zemlo-host: warning: %s\n", message.c_str());
+}
+
 std::string fileName(const std::string& path) {
     const size_t slash = path.find_last_of('/');
     return slash == std::string::npos ? path : path.substr(slash + 1);
@@ -359,6 +363,58 @@ std::string hostComplaints(bool wholeDocument) {
     return "";
 }
 
+// The command adds at most this many capo chords to one staff-measure in a run.
+constexpr size_t kMostNewCapoChords = 16;
+
+std::string chordsText(size_t n) {
+    return std::to_string(n) + (n == 1 ? " chord" : " chords");
+}
+
+// What a writing run left without a capo chord, which the command does not
+// say, read from the records after it: an ordinary chord has a capo chord
+// when one with its three keys is in its staff-measure.
+void warnLeftOver(const View& s, const Span& span) {
+    const bool named = span.lastStaff > span.firstStaff;
+    std::vector<std::string> crowded, afterCapo; // staff-measures
+    size_t inCrowded = 0, inAfterCapo = 0;
+    for (int16_t staff = span.firstStaff; staff <= span.lastStaff; ++staff)
+        for (int16_t m = span.firstMeasure; m <= span.lastMeasure; ++m) {
+            const auto chords = score::chords(staff, m);
+            size_t ordinary = 0, bare = 0;
+            for (const score::ChordRecord& c : chords) {
+                if (c.isCapo()) continue;
+                ++ordinary;
+                bare += std::none_of(chords.begin(), chords.end(), [&](const auto& k) {
+                    return k.isCapo() && k.key1 == c.key1 && k.key2 == c.key2 && k.key3 == c.key3;
+                });
+            }
+            if (!bare) continue;
+            const bool full = ordinary > kMostNewCapoChords;
+            (full ? crowded : afterCapo)
+                .push_back((named ? s.sheet.staffName(staff) + " m" : "m") + s.number(m));
+            (full ? inCrowded : inAfterCapo) += bare;
+        }
+    const std::string most = std::to_string(kMostNewCapoChords);
+    if (inCrowded)
+        warn(chordsText(inCrowded) + " left without a capo chord in " + listed(crowded) +
+             ": more than " + most + " chords in a staff-measure, and the command adds at most " +
+             most + " capo chords to one");
+    if (inAfterCapo)
+        warn(chordsText(inAfterCapo) + " left without a capo chord in " + listed(afterCapo) +
+             ": the score already had capo chords, and once the command meets one it adds "
+             "none, only updates; run --remove first, or select only those measures");
+    std::vector<int> alone = s.sheet.leftAlone();
+    std::sort(alone.begin(), alone.end());
+    alone.erase(std::unique(alone.begin(), alone.end()), alone.end());
+    std::vector<std::string> where;
+    for (int m : alone)
+        where.push_back("m" + s.number(m));
+    if (!where.empty())
+        warn(std::to_string(s.sheet.leftAlone().size()) +
+             " <harmony> without a root (numerals, functions) or N.C. left alone in " +
+             listed(where) + ": they get no capo chord");
+}
+
 } // namespace
 
 bool parseApplyOption(int argc, char** argv, int* i, ApplyOptions* a, std::string* error) {
@@ -423,7 +479,7 @@ int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
     std::unique_ptr<mx::LeadSheet> sheet = readScore(path, a, &span);
     if (!sheet) return 1;
     for (const std::string& w : sheet->warnings())
-        std::fprintf(stderr, "zemlo-host: warning: %s\n", w.c_str());
+        warn(w);
     sheet->build();
     driver::Answers answers = a.answers;
     // A capo already in the file is the fret the user starts from.
@@ -462,6 +518,8 @@ int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
     std::string error;
     if (!sheet->write(out, &error, a.diagrams)) return fail(error);
     std::printf("Wrote %s\n", out.c_str());
+    if (!answers.remove)
+        warnLeftOver(s, answers.wholeDocument ? Span{1, s.staves(), 1, s.measures()} : span);
     return 0;
 }
 
