@@ -406,6 +406,11 @@ const std::string kHead = "<?xml version=\"1.0\"?><score-partwise version=\"4.0\
 const std::string kChord = "<harmony><root><root-step>C</root-step></root><kind>major</kind></harmony>";
 const std::string kNote = "<note><rest/><duration>4</duration></note>";
 
+// A measure numbered `number` (without one when it is empty) holding `inner`.
+std::string measure(const std::string& number, const std::string& inner) {
+    return "<measure" + (number.empty() ? "" : " number=\"" + number + "\"") + ">" + inner + "</measure>";
+}
+
 TEST(Apply, RefusesBadFilesAndOptionsWithOneMessageAndWritesNothing) {
     const BadCase cases[] = {
         {"missing file", "", "'{dir}/absent.musicxml'", "no such file"},
@@ -418,9 +423,12 @@ TEST(Apply, RefusesBadFilesAndOptionsWithOneMessageAndWritesNothing) {
         {"fret not a number", "", "--capo three", "fret from 1 to 63"},
         {"distance not a number", "", "--distance far", "--distance wants a number"},
         {"unknown unit", "", "--unit furlongs", "unknown unit"},
-        {"measures beyond the score", "", "--measures 3-9", "the score has measures 1-4"},
+        {"a measure number the score lacks", "", "--measures 3-9", "no measure is numbered 9 (the first is numbered 1, the last 4)"},
+        {"positions beyond the score", "", "--positions 3-9", "the score has 4 measures"},
         {"staves beyond the score", "", "--staves 1-3", "the score has staves 1-2"},
-        {"bad range", "", "--measures 5-2", "--measures wants FIRST-LAST"},
+        {"measures backwards", "", "--measures 4-2", "measure 2 comes before measure 4"},
+        {"bad range", "", "--positions 5-2", "--positions wants FIRST-LAST"},
+        {"both selections", "", "--measures 2 --positions 2", "--measures and --positions both select measures"},
     };
     TempDir tmp;
     for (const BadCase& c : cases) {
@@ -672,9 +680,6 @@ std::string rerunAndRemove(const fs::path& in, const std::string& dir, int first
 // The user's score through a run, a re-run and removal, in files of our own:
 // recognising our capo chords, and what must come back unchanged.
 TEST(Apply, ReRunAndRemovalLeaveTheUsersScoreAsItWas) {
-    const auto measure = [](const char* number, const std::string& inner) {
-        return "<measure number=\"" + std::string(number) + "\">" + inner + "</measure>";
-    };
     const auto details = [](const std::string& d) {
         return "<attributes><divisions>1</divisions>" + d + "</attributes>";
     };
@@ -685,37 +690,105 @@ TEST(Apply, ReRunAndRemovalLeaveTheUsersScoreAsItWas) {
         std::string part;
         int first, second;      // frets
         const char* capoAfter;  // the re-run's <capo>
-        const char* listed;     // in the first run's listing
     } const cases[] = {
-        {"attributes after the first chord", measure("1", kChord + kNote + details("")), 3, 2, "2", ""},
-        {"no attributes, two chords at one onset", measure("1", kChord + fsus + kNote + fsus + kNote), 3, 2, "2", ""},
-        {"a fret beyond 11", measure("1", details("") + kChord + kNote), 15, 14, "14", ""},
+        {"attributes after the first chord", measure("1", kChord + kNote + details("")), 3, 2, "2"},
+        {"no attributes, two chords at one onset", measure("1", kChord + fsus + kNote + fsus + kNote), 3, 2, "2"},
+        {"a fret beyond 11", measure("1", details("") + kChord + kNote), 15, 14, "14"},
         {"the user's capo, another fret", measure("1", details("<staff-details><capo>5</capo></staff-details>") + kChord + kNote),
-         3, 2, "5", ""},
+         3, 2, "5"},
         {"the user's capo, the run's fret", measure("1", details("<staff-details><capo>3</capo></staff-details>") + kChord + kNote),
-         3, 3, "3", ""},
+         3, 3, "3"},
         {"the user's empty staff-details", measure("1", details("<staff-details print-object=\"no\"/>") + kChord + kNote),
-         3, 2, "2", ""},
+         3, 2, "2"},
         {"words with and without a height",
          measure("1", "<direction><direction-type><words default-y=\"40.56\">Swing</words></direction-type></direction>"
                       "<direction><direction-type><words>Bossa</words></direction-type></direction>" + kChord + kNote),
-         3, 2, "2", ""},
+         3, 2, "2"},
         {"no root, no chord, measure numbers repeated, lettered, falling",
          measure("1", "<harmony><numeral><numeral-root>5</numeral-root></numeral><kind>dominant</kind></harmony>" + kNote) +
              measure("1", "<harmony><function>V</function><kind>dominant</kind></harmony>" + kChord + kNote) +
              measure("X1", "<harmony><root><root-step>C</root-step></root><kind>none</kind></harmony>" + kNote) +
              measure("0", kChord + kNote),
-         3, 2, "2", "Left alone: 3 <harmony>"},
+         3, 2, "2"},
     };
     TempDir tmp;
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         const std::string in = tmp.path() + "/in.musicxml";
         writeFile(in, kHead + c.part + "</part></score-partwise>");
-        std::string listing;
-        EXPECT_EQ(rerunAndRemove(in, tmp.path(), c.first, c.second, &listing), "");
+        EXPECT_EQ(rerunAndRemove(in, tmp.path(), c.first, c.second), "");
         EXPECT_EQ(contents(tmp.path() + "/b.musicxml").capo["P1"], c.capoAfter);
-        EXPECT_NE(listing.find(c.listed), std::string::npos) << listing;
+    }
+}
+
+// --measures by the numbers the score prints (a measure without one by its
+// position), --positions where they repeat: the capo chords land in those only.
+TEST(Apply, SelectsMeasuresAsTheScoreNumbersThem) {
+    std::string numbered = kHead;
+    for (const char* n : {"0", "1", "1a", "", "X1", "2", "2"}) numbered += measure(n, kChord + kNote);
+    // Options; the selection as the listing gives it, or the refusal; part and position of each capo chord.
+    struct Case {
+        std::string args;
+        const char *listed, *capo;
+    } const cases[] = {
+        {"--measures 0", "measures 0-0\n", "P1:1 "},
+        {"--measures 1a-X1", "measures 1a-X1\n", "P1:3 P1:4 P1:5 "},
+        {"--measures 4", "measures 4-4\n", "P1:4 "},
+        {"--measures 1-2", "2 measures are numbered 2 (positions 6, 7); select them by position with --positions FIRST-LAST", ""},
+        {"--positions 6-7", "measures 2-2 (positions 6-7)\n", "P1:6 P1:7 "},
+        {"'" + kSamples + "lantern-road.musicxml' --measures 2-3 --staves 1-1", "staves 1-1, measures 2-3\n", "P1:2 P1:2 P1:3 P1:3 "},
+    };
+    TempDir tmp;
+    writeFile(tmp.path() + "/in.musicxml", numbered + "</part></score-partwise>");
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.args);
+        const std::string out = tmp.path() + "/" + std::to_string(&c - cases) + ".musicxml";
+        const std::string score = c.args[0] == '\'' ? "" : "'" + tmp.path() + "/in.musicxml' ";
+        const Ran r = zemloHost(score + c.args + " --no-label -o '" + out + "'", tmp.path());
+        EXPECT_NE((r.out + r.err).find(c.listed), std::string::npos) << r.out << r.err;
+        std::string capo;  // none where refused: nothing written
+        for (const Chord& h : contents(out).chords)
+            if (h.alternate) capo += h.part + ":" + std::to_string(h.measure) + " ";
+        EXPECT_EQ(capo, c.capo);
+        EXPECT_TRUE(contents(out).words.empty());
+    }
+}
+
+
+// The warnings after a run: chords it left without a capo chord, and the
+// <harmony> it left alone, by printed measure and by staff where there are two.
+TEST(Apply, WarnsOfChordsLeftWithoutACapoChord) {
+    std::string sixteen, eleven;  // chords; measures, the second of sixteen chords
+    for (int i = 0; i < 16; ++i) sixteen += kChord + kNote;
+    for (int m = 1; m <= 11; ++m) eleven += measure(std::to_string(m), m == 2 ? sixteen : kChord + kNote);
+    const std::string numeral = "<harmony><numeral><numeral-root>5</numeral-root></numeral><kind>dominant</kind></harmony>";
+    const std::string nc = "<harmony><root><root-step>C</root-step></root><kind>none</kind></harmony>" + kNote;
+    const std::string warning = "zemlo-host: warning: ", left = " left without a capo chord in ";
+    const std::string met = ": the score already had capo chords, and once the command meets one it adds none, only "
+                            "updates; run --remove first, or select only those measures\n";
+    // A run before the one that warns, and its options; no measures: the sample, two staves.
+    struct Case {
+        const char *what, *first, *args;
+        std::string measures, warned;
+    } const cases[] = {
+        {"18 chords in a staff-measure", "", "", measure("1", sixteen + kChord + kChord + kNote) + measure("2", kChord + kNote),
+         warning + "2 chords" + left + "m1: more than 16 chords in a staff-measure, and the command adds at most 16 capo chords to one\n"},
+        {"the whole after measure 1", "--measures 1", "", eleven, warning + "25 chords" + left + "m2, m3, m4, m5, m6, m7, m8, m9 and 2 more" + met},
+        {"two staves, the whole after measure 2", "--measures 2", "", "", warning + "5 chords" + left + "Voice m3, Voice m4, Guitar m3" + met},
+        {"removal", "", "--remove", eleven, ""},
+        {"a numeral and N.C.", "", "", measure("1", numeral + kChord + kNote) + measure("X1", nc + nc),
+         warning + "3 <harmony> without a root (numerals, functions) or N.C. left alone in m1, mX1: they get no capo chord\n"},
+    };
+    TempDir tmp;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        std::string in = c.measures.empty() ? kSamples + "lantern-road.musicxml" : tmp.path() + "/in.musicxml";
+        writeFile(tmp.path() + "/in.musicxml", kHead + c.measures + "</part></score-partwise>");
+        if (*c.first) zemloHost("'" + in + "' " + c.first + " -o '" + tmp.path() + "/first.musicxml'", tmp.path());
+        if (*c.first) in = tmp.path() + "/first.musicxml";
+        const Ran r = zemloHost("'" + in + "' " + c.args + " --capo 2 -o '" + tmp.path() + "/out.musicxml'", tmp.path());
+        EXPECT_EQ(r.err, c.warned);  // a failed run says so here too
+        EXPECT_EQ(r.out.find("Left alone: 3 <harmony>") != std::string::npos, c.warned.find("<harmony>") != std::string::npos);
     }
 }
 

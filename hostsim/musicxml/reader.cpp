@@ -232,7 +232,7 @@ class PartReader {
         ms.firstNoteSpace = ms.firstNote;
         while (ms.firstNoteSpace > inside && isSpace(sheet_.data[ms.firstNoteSpace - 1]))
             --ms.firstNoteSpace;
-        if (sheet_.parts.empty()) sheet_.numbers.push_back(attr(m, "number"));
+        if (index_ == 0) sheet_.numbers.push_back(attr(m, "number"));
         pos_ = 0;
         lastOrdinary_ = nullptr;
         const auto elements = children(m);

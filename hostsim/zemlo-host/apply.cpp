@@ -46,6 +46,14 @@ bool range(const std::string& text, int* first, int* last) {
     return true;
 }
 
+// FIRST-LAST or N, measure numbers as the score prints them.
+bool numberRange(const std::string& text, std::string* first, std::string* last) {
+    const size_t dash = text.find('-');
+    *first = text.substr(0, dash);
+    *last = dash == std::string::npos ? *first : text.substr(dash + 1);
+    return !first->empty() && !last->empty() && last->find('-') == std::string::npos;
+}
+
 bool wholeNumber(const std::string& text, long low, long high) {
     char* end = nullptr;
     const long v = std::strtol(text.c_str(), &end, 10);
@@ -96,6 +104,16 @@ struct View {
     int16_t staves() const { return static_cast<int16_t>(sheet.staves()); }
     int16_t measures() const { return static_cast<int16_t>(sheet.measures()); }
     std::string part(int staff) const { return sheet.staffName(staff).substr(0, 10); }
+    // A measure's number as printed; its position where the file gives none.
+    std::string number(int m) const {
+        const std::string n = sheet.measureNumber(m);
+        return n.empty() ? std::to_string(m) : n;
+    }
+};
+
+// The staves and measures the command works on, by position from 1.
+struct Span {
+    int16_t firstStaff = 1, lastStaff = 1, firstMeasure = 1, lastMeasure = 1;
 };
 
 // Each staff-measure's chords, each capo chord as the shape the player fingers.
@@ -111,7 +129,7 @@ void printChords(const View& s) {
                 line += (line.empty() ? "" : "  ") + mx::chordName(c, s.sheet.key(staff, m));
                 if (c.isCapo()) fret = c.fret();
             }
-            std::printf("  %-10s m%-3d ", s.part(staff).c_str(), m);
+            std::printf("  %-10s m%-3s ", s.part(staff).c_str(), s.number(m).c_str());
             if (fret)
                 std::printf("%-24s | capo %d: %s\n", concert.c_str(), fret, capo.c_str());
             else
@@ -125,7 +143,7 @@ void printLabels(const View& s) {
     for (int16_t staff = 1; staff <= s.staves(); ++staff)
         for (int16_t m = 1; m <= s.measures(); ++m)
             for (const std::u16string& t : score::texts(staff, m)) {
-                std::printf("  %-10s m%-3d \"%s\"\n", s.part(staff).c_str(), m,
+                std::printf("  %-10s m%-3s \"%s\"\n", s.part(staff).c_str(), s.number(m).c_str(),
                             mx::plainText(t).c_str());
                 labelled = true;
             }
@@ -157,7 +175,8 @@ void printRecords(const View& s) {
             for (size_t i = 0; i < chords.size(); ++i) {
                 const score::ChordRecord& c = chords[i];
                 const std::string name = mx::chordName(c, s.sheet.key(staff, m));
-                std::printf("  chord %d/%d/%zu: %s%s (onset %d, y %d%s)  %s\n", staff, m, i,
+                std::printf("  chord %d/%s/%zu: %s%s (onset %d, y %d%s)  %s\n", staff,
+                            s.number(m).c_str(), i,
                             c.isCapo() ? ("capo " + std::to_string(c.fret()) + " ").c_str() : "",
                             name.c_str(), c.key3, c.vertical, c.flags & 0x8000 ? ", flagged" : "",
                             hexFields(c).c_str());
@@ -165,9 +184,9 @@ void printRecords(const View& s) {
             const auto places = score::measureTexts(staff, m);
             const auto texts = score::texts(staff, m);
             for (size_t i = 0; i < places.size() && i < texts.size(); ++i)
-                std::printf("  measure text %d/%d/%zu: block %u at x %d, y %d: \"%s\"\n", staff, m,
-                            i, places[i].blockNumber, places[i].horizontal, places[i].vertical,
-                            ui::utf8(texts[i]).c_str());
+                std::printf("  measure text %d/%s/%zu: block %u at x %d, y %d: \"%s\"\n", staff,
+                            s.number(m).c_str(), i, places[i].blockNumber, places[i].horizontal,
+                            places[i].vertical, ui::utf8(texts[i]).c_str());
         }
 }
 
@@ -188,6 +207,10 @@ int fail(const std::string& message) {
     return 1;
 }
 
+void warn(const std::string& message) {
+    std::fprintf(stderr, "zemlo-host: warning: %s\n", message.c_str());
+}
+
 std::string fileName(const std::string& path) {
     const size_t slash = path.find_last_of('/');
     return slash == std::string::npos ? path : path.substr(slash + 1);
@@ -203,22 +226,76 @@ std::string rangeText(int first, int last) {
     return std::to_string(first) + "-" + std::to_string(last);
 }
 
+// "a, b, c", the first eight of a long list followed by how many more.
+std::string listed(const std::vector<std::string>& items) {
+    std::string out;
+    for (size_t i = 0; i < items.size() && i < 8; ++i)
+        out += (i ? ", " : "") + items[i];
+    if (items.size() > 8) out += " and " + std::to_string(items.size() - 8) + " more";
+    return out;
+}
+
 // ---- The run ----------------------------------------------------------------
 
-// Reads the lead sheet and holds it against the options. Null after saying why.
-std::unique_ptr<mx::LeadSheet> readScore(const std::string& path, const ApplyOptions& a) {
+// The position of the one measure printed `number`; 0 after saying why in
+// *error when no measure or several bear it.
+int16_t positionOf(const View& s, const std::string& number, std::string* error) {
+    std::vector<std::string> at;
+    int16_t position = 0;
+    for (int16_t m = 1; m <= s.measures(); ++m)
+        if (s.number(m) == number) {
+            at.push_back(std::to_string(m));
+            position = m;
+        }
+    if (at.empty())
+        *error = "no measure is numbered " + number + " (the first is numbered " + s.number(1) +
+                 ", the last " + s.number(s.measures()) + ")";
+    else if (at.size() > 1)
+        *error = std::to_string(at.size()) + " measures are numbered " + number + " (positions " +
+                 listed(at) + "); select them by position with --positions FIRST-LAST";
+    return error->empty() ? position : 0;
+}
+
+// The region the options select. Empty, or why they select none.
+std::string selectSpan(const View& s, const ApplyOptions& a, Span* span) {
+    *span = {1, s.staves(), 1, s.measures()};
+    if (a.firstStaff && a.lastStaff > s.staves())
+        return "--staves " + rangeText(a.firstStaff, a.lastStaff) + ": the score has staves 1-" +
+               std::to_string(s.staves());
+    if (a.firstStaff) {
+        span->firstStaff = static_cast<int16_t>(a.firstStaff);
+        span->lastStaff = static_cast<int16_t>(a.lastStaff);
+    }
+    if (a.firstPosition && a.lastPosition > s.measures())
+        return "--positions " + rangeText(a.firstPosition, a.lastPosition) + ": the score has " +
+               std::to_string(s.measures()) + " measures";
+    if (a.firstPosition) {
+        span->firstMeasure = static_cast<int16_t>(a.firstPosition);
+        span->lastMeasure = static_cast<int16_t>(a.lastPosition);
+    }
+    if (a.firstNumber.empty()) return "";
+    std::string why;
+    span->firstMeasure = positionOf(s, a.firstNumber, &why);
+    if (why.empty()) span->lastMeasure = positionOf(s, a.lastNumber, &why);
+    if (why.empty() && span->lastMeasure < span->firstMeasure)
+        why = "measure " + a.lastNumber + " comes before measure " + a.firstNumber;
+    const std::string given =
+        a.firstNumber == a.lastNumber ? a.firstNumber : a.firstNumber + "-" + a.lastNumber;
+    return why.empty() ? "" : "--measures " + given + ": " + why;
+}
+
+// Reads the lead sheet and the region the options select in it. Null after
+// saying why.
+std::unique_ptr<mx::LeadSheet> readScore(const std::string& path, const ApplyOptions& a,
+                                         Span* span) {
     std::string error;
     std::unique_ptr<mx::LeadSheet> sheet = mx::LeadSheet::read(path, &error);
     if (!sheet)
         error = error.empty() ? "cannot read " + path : error;
     else if (sheet->chordCount() == 0 && sheet->leftAlone().empty())
         error = path + " holds no chord symbols (<harmony>)";
-    else if (a.firstMeasure && a.lastMeasure > sheet->measures())
-        error = "--measures " + rangeText(a.firstMeasure, a.lastMeasure) +
-                ": the score has measures 1-" + std::to_string(sheet->measures());
-    else if (a.firstStaff && a.lastStaff > sheet->staves())
-        error = "--staves " + rangeText(a.firstStaff, a.lastStaff) + ": the score has staves 1-" +
-                std::to_string(sheet->staves());
+    else
+        error = selectSpan(View{*sheet}, a, span);
     if (!error.empty()) {
         fail(error);
         return nullptr;
@@ -240,23 +317,23 @@ int chooseCapo(const mx::LeadSheet& sheet) {
 }
 
 // The user chooses the menu item once, with the selection or with none.
-int16_t chooseCommand(driver::InvokeFn invoke, const ApplyOptions& a,
-                      const driver::Answers& answers, const mx::LeadSheet& sheet) {
-    const View s{sheet};
-    const int16_t firstStaff = static_cast<int16_t>(a.firstStaff ? a.firstStaff : 1);
-    const int16_t lastStaff = a.firstStaff ? static_cast<int16_t>(a.lastStaff) : s.staves();
-    const int16_t firstMeasure = static_cast<int16_t>(a.firstMeasure ? a.firstMeasure : 1);
-    const int16_t lastMeasure = a.firstMeasure ? static_cast<int16_t>(a.lastMeasure) : s.measures();
+int16_t chooseCommand(driver::InvokeFn invoke, const Span& span, bool byPosition,
+                      const driver::Answers& answers, const View& s) {
     score::Region whole = score::region(1, 1, s.staves(), s.measures());
-    score::Region selection = score::region(firstStaff, firstMeasure, lastStaff, lastMeasure);
+    score::Region selection =
+        score::region(span.firstStaff, span.firstMeasure, span.lastStaff, span.lastMeasure);
     std::string shown, confirmed;
     driver::answerWith(answers, &shown, &confirmed);
     ui::setProgressObserver(drawProgress);
+    // Printed numbers may repeat: a selection by position says so.
+    std::string measures = s.number(span.firstMeasure) + "-" + s.number(span.lastMeasure);
+    if (byPosition)
+        measures += " (positions " + rangeText(span.firstMeasure, span.lastMeasure) + ")";
     if (answers.wholeDocument)
         std::printf("Capo chords: nothing selected (the whole document, when asked)\n");
     else
-        std::printf("Capo chords: staves %d-%d, measures %d-%d\n", firstStaff, lastStaff,
-                    firstMeasure, lastMeasure);
+        std::printf("Capo chords: staves %d-%d, measures %s\n", span.firstStaff, span.lastStaff,
+                    measures.c_str());
     std::fflush(stdout);
     const int16_t result = invoke(nullptr, 0, answers.wholeDocument ? nullptr : &selection, &whole);
     ui::setProgressObserver(nullptr);
@@ -286,24 +363,80 @@ std::string hostComplaints(bool wholeDocument) {
     return "";
 }
 
+// The command adds at most this many capo chords to one staff-measure in a run.
+constexpr size_t kMostNewCapoChords = 16;
+
+std::string chordsText(size_t n) {
+    return std::to_string(n) + (n == 1 ? " chord" : " chords");
+}
+
+// What a writing run left without a capo chord, which the command does not
+// say, read from the records after it: an ordinary chord has a capo chord
+// when one with its three keys is in its staff-measure.
+void warnLeftOver(const View& s, const Span& span) {
+    const bool named = span.lastStaff > span.firstStaff;
+    std::vector<std::string> crowded, afterCapo; // staff-measures
+    size_t inCrowded = 0, inAfterCapo = 0;
+    for (int16_t staff = span.firstStaff; staff <= span.lastStaff; ++staff)
+        for (int16_t m = span.firstMeasure; m <= span.lastMeasure; ++m) {
+            const auto chords = score::chords(staff, m);
+            size_t ordinary = 0, bare = 0;
+            for (const score::ChordRecord& c : chords) {
+                if (c.isCapo()) continue;
+                ++ordinary;
+                bare += std::none_of(chords.begin(), chords.end(), [&](const auto& k) {
+                    return k.isCapo() && k.key1 == c.key1 && k.key2 == c.key2 && k.key3 == c.key3;
+                });
+            }
+            if (!bare) continue;
+            const bool full = ordinary > kMostNewCapoChords;
+            (full ? crowded : afterCapo)
+                .push_back((named ? s.sheet.staffName(staff) + " m" : "m") + s.number(m));
+            (full ? inCrowded : inAfterCapo) += bare;
+        }
+    const std::string most = std::to_string(kMostNewCapoChords);
+    if (inCrowded)
+        warn(chordsText(inCrowded) + " left without a capo chord in " + listed(crowded) +
+             ": more than " + most + " chords in a staff-measure, and the command adds at most " +
+             most + " capo chords to one");
+    if (inAfterCapo)
+        warn(chordsText(inAfterCapo) + " left without a capo chord in " + listed(afterCapo) +
+             ": the score already had capo chords, and once the command meets one it adds "
+             "none, only updates; run --remove first, or select only those measures");
+    std::vector<int> alone = s.sheet.leftAlone();
+    std::sort(alone.begin(), alone.end());
+    alone.erase(std::unique(alone.begin(), alone.end()), alone.end());
+    std::vector<std::string> where;
+    for (int m : alone)
+        where.push_back("m" + s.number(m));
+    if (!where.empty())
+        warn(std::to_string(s.sheet.leftAlone().size()) +
+             " <harmony> without a root (numerals, functions) or N.C. left alone in " +
+             listed(where) + ": they get no capo chord");
+}
+
 } // namespace
 
 bool parseApplyOption(int argc, char** argv, int* i, ApplyOptions* a, std::string* error) {
     const std::string arg = argv[*i];
-    const bool takesValue = arg == "--measures" || arg == "--staves" || arg == "-o" ||
-                            arg == "--unit" || arg == "--capo" || arg == "--distance" ||
-                            arg == "--label";
+    const bool takesValue = arg == "--measures" || arg == "--positions" || arg == "--staves" ||
+                            arg == "-o" || arg == "--unit" || arg == "--capo" ||
+                            arg == "--distance" || arg == "--label";
     if (takesValue && *i + 1 >= argc) {
         *error = arg + " needs a value";
         return false;
     }
     const char* value = takesValue ? argv[*i + 1] : nullptr;
     if (takesValue) ++*i;
-    if (arg == "--measures" || arg == "--staves") {
+    if (arg == "--positions" || arg == "--staves") {
         int first = 0, last = 0;
         if (!range(value, &first, &last)) *error = arg + " wants FIRST-LAST (from 1), not " + value;
-        (arg == "--measures" ? a->firstMeasure : a->firstStaff) = first;
-        (arg == "--measures" ? a->lastMeasure : a->lastStaff) = last;
+        (arg == "--positions" ? a->firstPosition : a->firstStaff) = first;
+        (arg == "--positions" ? a->lastPosition : a->lastStaff) = last;
+    } else if (arg == "--measures") {
+        if (!numberRange(value, &a->firstNumber, &a->lastNumber))
+            *error =
+                std::string("--measures wants FIRST-LAST as the score numbers them, not ") + value;
     } else if (arg == "-o") {
         a->output = value;
     } else if (arg == "--records") {
@@ -320,6 +453,8 @@ bool parseApplyOption(int argc, char** argv, int* i, ApplyOptions* a, std::strin
         else
             a->score = arg;
     }
+    if (error->empty() && !a->firstNumber.empty() && a->firstPosition)
+        *error = "--measures and --positions both select measures; give one";
     return error->empty();
 }
 
@@ -340,10 +475,11 @@ int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
     const std::string out = a.output.empty() ? stem(path) + ".capo.musicxml" : a.output;
     if (out.size() > 4 && out.compare(out.size() - 4, 4, ".mxl") == 0)
         return fail("-o " + out + ": zemlo-host writes uncompressed MusicXML; name it .musicxml");
-    std::unique_ptr<mx::LeadSheet> sheet = readScore(path, a);
+    Span span;
+    std::unique_ptr<mx::LeadSheet> sheet = readScore(path, a, &span);
     if (!sheet) return 1;
     for (const std::string& w : sheet->warnings())
-        std::fprintf(stderr, "zemlo-host: warning: %s\n", w.c_str());
+        warn(w);
     sheet->build();
     driver::Answers answers = a.answers;
     // A capo already in the file is the fret the user starts from.
@@ -363,7 +499,7 @@ int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
         printRecords(s);
     }
 
-    const int16_t result = chooseCommand(invoke, a, answers, *sheet);
+    const int16_t result = chooseCommand(invoke, span, a.firstPosition != 0, answers, s);
     const std::string complaints = hostComplaints(answers.wholeDocument);
     if (!complaints.empty()) return fail(complaints);
     bool committed = false;
@@ -382,6 +518,8 @@ int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
     std::string error;
     if (!sheet->write(out, &error, a.diagrams)) return fail(error);
     std::printf("Wrote %s\n", out.c_str());
+    if (!answers.remove)
+        warnLeftOver(s, answers.wholeDocument ? Span{1, s.staves(), 1, s.measures()} : span);
     return 0;
 }
 

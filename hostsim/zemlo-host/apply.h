@@ -10,9 +10,10 @@ namespace zemlo {
 
 struct ApplyOptions {
     hostsim::driver::Answers answers;
-    std::string score;                     // empty: the bundled sample lead sheet
-    std::string output;                    // empty: <score's name>.capo.musicxml here
-    int firstMeasure = 0, lastMeasure = 0; // 0: all
+    std::string score;                       // empty: the bundled sample lead sheet
+    std::string output;                      // empty: <score's name>.capo.musicxml here
+    std::string firstNumber, lastNumber;     // --measures, as the score prints them; empty: all
+    int firstPosition = 0, lastPosition = 0; // --positions, from 1; 0: all
     int firstStaff = 0, lastStaff = 0;
     bool records = false;  // print every record before and after
     bool autoCapo = false; // --capo auto: the fret the advisor ranks best of 1 to 7

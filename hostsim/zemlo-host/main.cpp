@@ -30,9 +30,10 @@ int usage() {
         "       zemlo-host apply [SCORE.musicxml|.mxl] [--bundle PATH] [--lang CODE] [--capo N]\n"
         "                  [--distance X] [--unit evpus|inches|centimeters|points|picas|spaces]\n"
         "                  [--label TEXT | --no-label] [--chord-flag] [--remove]\n"
-        "                  [--measures FIRST-LAST] [--staves FIRST-LAST] [--whole-document]\n"
-        "                  [--records] [--diagrams] [-o OUT.musicxml]   (--capo auto: the "
-        "advisor's fret)\n"
+        "                  [--measures FIRST-LAST | --positions FIRST-LAST] [--staves FIRST-LAST]\n"
+        "                  [--whole-document] [--records] [--diagrams] [-o OUT.musicxml]\n"
+        "                  (--measures: numbers as the score prints them; --positions: from 1;\n"
+        "                  --capo auto: the advisor's fret)\n"
         "       zemlo-host suggest SCORE.musicxml|.mxl\n"
         "       zemlo-host validate [--bundle PATH] [--seed N] [--level 1..10] [--only REGEX]\n"
         "                  [--json FILE] [--timeout SECONDS] [--list]\n");
