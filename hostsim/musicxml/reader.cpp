@@ -189,17 +189,6 @@ xmlNodePtr ourMark(xmlNodePtr capo) {
     return nullptr;
 }
 
-// The byte range of an element the parser saw, with the whitespace before it.
-Span spanOf(const std::string& data, xmlNodePtr n) {
-    Span s;
-    s.from = reinterpret_cast<uintptr_t>(n->_private) - 1;
-    s.to = reinterpret_cast<uintptr_t>(n->psvi) - 1;
-    s.space = s.from;
-    while (s.space > 0 && isSpace(data[s.space - 1]))
-        --s.space;
-    return s;
-}
-
 // Takes a kept element out of the tree; it lives as long as the sheet.
 xmlNodePtr keep(Sheet& sheet, xmlNodePtr n) {
     xmlUnlinkNode(n);
@@ -652,6 +641,16 @@ bool toUtf8(std::string* data) {
 }
 
 } // namespace
+
+Span spanOf(const std::string& data, xmlNodePtr n) {
+    Span s;
+    s.from = reinterpret_cast<uintptr_t>(n->_private) - 1;
+    s.to = reinterpret_cast<uintptr_t>(n->psvi) - 1;
+    s.space = s.from;
+    while (s.space > 0 && isSpace(data[s.space - 1]))
+        --s.space;
+    return s;
+}
 
 std::string Layout::space(int depth) const {
     if (!lines) return "";

@@ -107,7 +107,8 @@ struct Part {
     // the measure has none and a <capo> needs one.
     xmlNodePtr attributes = nullptr;
     Span attributesSpan;
-    bool attributesNew = false, attributesChanged = false;
+    bool attributesNew = false;
+    std::vector<xmlNodePtr> changed; // elements of the kept <attributes> the writer changed
     bool attributesOurs = false; // made by this host (its mark says so): goes when empty
 };
 
@@ -143,6 +144,10 @@ struct Sheet {
 
     Staff& staff(int hostStaff) { return *staves[static_cast<size_t>(hostStaff - 1)]; }
 };
+
+// reader.cpp: the bytes of an element the parser saw (the attributes,
+// chords and labels the reader keeps, and all inside them).
+Span spanOf(const std::string& data, xmlNodePtr n);
 
 // reader.cpp: a checked file as a sheet. Null after saying why in *error.
 std::unique_ptr<Sheet> readSheet(const std::string& path, std::string* error);

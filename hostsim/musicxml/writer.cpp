@@ -17,6 +17,7 @@
 #include <iterator>
 #include <map>
 #include <optional>
+#include <set>
 #include <unistd.h>
 
 namespace hostsim {
@@ -40,6 +41,14 @@ xmlNodePtr detailsFor(xmlNodePtr attributes, const Part& p, int staff) {
         if (number == std::to_string(staff) || (p.staves == 1 && number.empty())) return d;
     }
     return nullptr;
+}
+
+// Notes that an element of the kept <attributes> changed: the closest one
+// the file had is written anew.
+void changed(Part& p, xmlNodePtr n) {
+    while (n && !n->_private)
+        n = n->parent;
+    if (n) p.changed.push_back(n);
 }
 
 // A new <capo> for a staff in the part's first <attributes>, with the
@@ -69,7 +78,7 @@ void addCapo(Sheet& s, Part& p, Staff& st) {
     insertLike(details, st.capo, child(details, "staff-size"), l.space(kMeasureChild + 2), l.unit);
     st.capoMark = xmlNewDocComment(s.doc, X(kOurMarks[ours]));
     xmlAddNextSibling(st.capo, st.capoMark);
-    p.attributesChanged = true;
+    changed(p, details);
 }
 
 // Takes out a <capo> of ours with its mark, and its <staff-details> where
@@ -81,8 +90,11 @@ void dropCapo(Part& p, Staff& st) {
     dropLike(st.capo);
     drop(st.capoMark);
     st.capo = st.capoMark = nullptr;
-    if (detailsOurs && details && children(details).empty()) dropLike(details);
-    p.attributesChanged = true;
+    if (detailsOurs && details && children(details).empty()) {
+        dropLike(details);
+        details = p.attributes;
+    }
+    changed(p, details);
 }
 
 // A capo chord after its source: root and bass as the player's shape, the
@@ -114,7 +126,7 @@ void writeCapoFret(Sheet& s, Staff& st, int fret) {
         const std::string number = std::to_string(fret);
         if (text(st.capo) != number) {
             xmlNodeSetContent(st.capo, X(number.c_str()));
-            p.attributesChanged = true;
+            changed(p, st.capo->parent);
         }
     } else if (!fret && st.capo) {
         dropCapo(p, st);
@@ -237,17 +249,28 @@ void writeLabels(Sheet& s, int hostStaff, std::vector<Patch>* out) {
 void writeAttributes(Sheet& s, std::vector<Patch>* out) {
     for (const auto& part : s.parts) {
         Part& p = *part;
-        if (!p.attributesChanged) continue;
+        if (!p.attributesNew && p.changed.empty()) continue;
         const bool gone = p.attributesOurs && children(p.attributes).empty();
         if (p.attributesNew) {
             const MeasureSpan& first = p.measures.front();
             if (!gone)
                 out->push_back({first.inside, first.inside,
                                 s.layout.space(kMeasureChild) + dumpNode(s.doc, p.attributes)});
-        } else if (gone) {
+            continue;
+        }
+        if (gone) {
             out->push_back({p.attributesSpan.space, p.attributesSpan.to, ""});
-        } else {
-            out->push_back({p.attributesSpan.from, p.attributesSpan.to, dumpNode(s.doc, p.attributes)});
+            continue;
+        }
+        // Each changed element once, and none inside another that changed.
+        const std::set<xmlNodePtr> all(p.changed.begin(), p.changed.end());
+        for (xmlNodePtr n : all) {
+            bool inside = false;
+            for (xmlNodePtr up = n->parent; up && !inside; up = up->parent)
+                inside = all.count(up) > 0;
+            if (inside) continue;
+            const Span span = spanOf(s.data, n);
+            out->push_back({span.from, span.to, dumpNode(s.doc, n)});
         }
     }
 }
