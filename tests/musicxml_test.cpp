@@ -710,12 +710,16 @@ TEST(Apply, ReRunAndRemovalLeaveTheUsersScoreAsItWas) {
              measure("X1", "<harmony><root><root-step>C</root-step></root><kind>none</kind></harmony>" + kNote) +
              measure("0", kChord + kNote),
          3, 2, "2"},
+        {"ISO-8859-1, read and written as UTF-8",
+         "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" + kHead.substr(21) +
+             measure("1", "<direction><direction-type><words>tr\xe8s lent</words></direction-type></direction>" + kChord + kNote),
+         3, 2, "2"},
     };
     TempDir tmp;
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         const std::string in = tmp.path() + "/in.musicxml";
-        writeFile(in, kHead + c.part + "</part></score-partwise>");
+        writeFile(in, (c.part.rfind("<?xml", 0) == 0 ? "" : kHead) + c.part + "</part></score-partwise>");
         EXPECT_EQ(rerunAndRemove(in, tmp.path(), c.first, c.second), "");
         EXPECT_EQ(contents(tmp.path() + "/b.musicxml").capo["P1"], c.capoAfter);
     }
