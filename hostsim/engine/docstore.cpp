@@ -126,7 +126,7 @@ std::vector<uint8_t> bytesOf(const Call& c, size_t bufArg, int32_t size, int uni
 }
 
 void note(Op op, uint32_t tag, RecordId id, int32_t size, bool ok) {
-    store().log.push_back({op, tag, id, size, ok});
+    if (checking()) store().log.push_back({op, tag, id, size, ok});
 }
 
 uint64_t load(Call& c) {
