@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <limits>
 #include <memory>
 
@@ -45,11 +46,18 @@ struct Store {
     std::vector<OpRecord> log;
     int guardFaults = 0;
     int foreign = 0;
+    std::function<void(Document)> deferred;  // deferSnapshot()
 };
 
 Store& store() {
     static Store* s = new Store();  // see state() in host.cpp
     return *s;
+}
+
+// The document, about to be changed: a copy deferred till now is taken first.
+Document& changing() {
+    takeDeferredSnapshot();
+    return store().doc;
 }
 
 using Key = std::tuple<uint32_t, RecordId>;
@@ -186,7 +194,7 @@ uint64_t save(Call& c) {
     const TagRule& rule = ruleFor(tag);
     const Key key{tag, keyBy(rule, given)};
     const int16_t index = std::get<1>(key).third;
-    auto& recs = store().doc.records;
+    auto& recs = changing().records;
     bool ok = false;
     if (c.ptr<void>(1) && c.ptr<void>(2) && size >= 0) {
         Records::iterator at = recs.end();
@@ -218,7 +226,7 @@ uint64_t create(Call& c) {
     const int32_t size = static_cast<int32_t>(c.args[3]);
     const TagRule& rule = ruleFor(tag);
     RecordId key = keyBy(rule, given);
-    auto& recs = store().doc.records;
+    auto& recs = changing().records;
     bool ok = false;
     if (c.ptr<void>(1) && c.ptr<void>(2) && size >= 0) {
         Records::iterator at = recs.end();
@@ -276,7 +284,7 @@ uint64_t remove(Call& c) {
     const uint32_t tag = static_cast<uint32_t>(c.args[0]);
     const RecordId given = readId(c, 1);
     const RecordId key = keyOf(tag, given);
-    bool ok = c.ptr<void>(1) && store().doc.records.erase({tag, key}) == 1;
+    bool ok = c.ptr<void>(1) && changing().records.erase({tag, key}) == 1;
     if (ok && ruleFor(tag).numbering == Numbering::Indexed)
         shiftGroup(tag, key, static_cast<int16_t>(key.third + 1), -1);
     note(Op::Delete, tag, given, 0, ok);
@@ -355,7 +363,7 @@ uint64_t saveFrame(Call& c) {
         ok = n == f->count;  // the simulated host keeps no inserted entries
         if (ok) {
             const uint8_t* p = f->entries.payload();
-            store().doc.frames[f->key].assign(p, p + f->entries.size);
+            changing().frames[f->key].assign(p, p + f->entries.size);
         }
     }
     note(Op::SaveFrame, 0, {}, 0, ok);
@@ -383,7 +391,7 @@ const TagRule& ruleFor(uint32_t tag) {
 RecordId keyOf(uint32_t tag, RecordId id) { return keyBy(ruleFor(tag), id); }
 
 void put(uint32_t tag, RecordId id, std::vector<uint8_t> bytes) {
-    store().doc.records[{tag, keyOf(tag, id)}] = std::move(bytes);
+    changing().records[{tag, keyOf(tag, id)}] = std::move(bytes);
 }
 
 void putText(uint32_t tag, RecordId id, const std::u16string& units) {
@@ -406,7 +414,9 @@ std::optional<std::u16string> getText(uint32_t tag, RecordId id) {
     return s;
 }
 
-bool erase(uint32_t tag, RecordId id) { return store().doc.records.erase({tag, keyOf(tag, id)}) == 1; }
+bool erase(uint32_t tag, RecordId id) {
+    return changing().records.erase({tag, keyOf(tag, id)}) == 1;
+}
 
 std::vector<RecordId> list(uint32_t tag) {
     std::vector<RecordId> ids;
@@ -418,7 +428,7 @@ std::vector<RecordId> list(uint32_t tag) {
 size_t recordCount() { return store().doc.records.size(); }
 
 void putFrame(FrameKey key, std::vector<uint8_t> entries) {
-    store().doc.frames[key] = std::move(entries);
+    changing().frames[key] = std::move(entries);
 }
 
 std::optional<std::vector<uint8_t>> getFrame(FrameKey key) {
@@ -432,7 +442,7 @@ int guardFaults() { return store().guardFaults; }
 int foreignFrames() { return store().foreign; }
 
 Document snapshot() { return store().doc; }
-void restore(const Document& d) { store().doc = d; }
+void restore(const Document& d) { changing() = d; }
 
 std::string tagName(uint32_t tag) {
     std::string s;
@@ -461,6 +471,23 @@ std::string difference(const Document& a, const Document& b) {
     if (a.frames != b.frames) return "frames differ";
     return std::string();
 }
+
+}  // namespace doc
+
+void deferSnapshot(std::function<void(doc::Document)> into) {
+    takeDeferredSnapshot();
+    doc::store().deferred = std::move(into);
+}
+
+void takeDeferredSnapshot() {
+    doc::Store& s = doc::store();
+    if (!s.deferred) return;
+    std::function<void(doc::Document)> into = std::move(s.deferred);
+    s.deferred = nullptr;
+    into(s.doc);
+}
+
+namespace doc {
 
 const std::vector<OpRecord>& ops() { return store().log; }
 void clearOps() { store().log.clear(); }
@@ -507,6 +534,7 @@ bool servedByDocument(Fx fx) {
 void resetDocument() {
     doc::Store& s = doc::store();
     s.doc = doc::Document();
+    s.deferred = nullptr;
     s.out.clear();
     s.log.clear();
     s.guardFaults = 0;
