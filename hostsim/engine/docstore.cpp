@@ -419,9 +419,13 @@ bool erase(uint32_t tag, RecordId id) {
 }
 
 std::vector<RecordId> list(uint32_t tag) {
+    // A kind's records sit together in the store's order: only they are visited.
     std::vector<RecordId> ids;
-    for (const auto& r : store().doc.records)
-        if (std::get<0>(r.first) == tag) ids.push_back(std::get<1>(r.first));
+    const auto& recs = store().doc.records;
+    const int16_t lowest = std::numeric_limits<int16_t>::min();
+    for (auto it = recs.lower_bound({tag, RecordId{lowest, lowest, lowest}});
+         it != recs.end() && std::get<0>(it->first) == tag; ++it)
+        ids.push_back(std::get<1>(it->first));
     return ids;
 }
 
