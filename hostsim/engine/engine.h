@@ -28,6 +28,8 @@ class Staging {
     bool refused() const { return refused_; }
     void finish();
 
+    static constexpr size_t kMaxBuffers = 3;  // the most one host function takes
+
   private:
     static constexpr size_t kGuard = 16;
     static constexpr uint8_t kGuardByte = 0xFD;
@@ -40,7 +42,8 @@ class Staging {
     };
     Fx fx_;
     bool refused_ = false;
-    std::vector<Copy> copies_;
+    std::array<Copy, kMaxBuffers> copies_;
+    size_t staged_ = 0;
 };
 void resetBuffers();
 
