@@ -107,7 +107,6 @@ TEST_F(HostEdits, NestedEditsStack) {
 // host call or set up by the host itself, stays.
 TEST_F(HostEdits, UndoKeepsWhatChangedAfterTheEdit) {
     for (bool byTheHost : {false, true}) {
-        SCOPED_TRACE(byTheHost ? "set up by the host" : "through a host call");
         SetUp();
         FX_StartZemloEdit_UTF16(name16(u"Capo Chords"), FXT_VERSION);
         changeEverything();
@@ -118,8 +117,7 @@ TEST_F(HostEdits, UndoKeepsWhatChangedAfterTheEdit) {
             expected.records[{doc::kMeasure, doc::RecordId{9, 0, 0}}] = {1, 2, 3};
         } else {
             score::ChordRecord c;
-            c.capoBits = 0x0044;
-            EDataID id{1, 1, 1};  // a chord the edit left alone
+            EDataID id{1, 1, 1};  // a chord the edit left alone, now without its onset
             ASSERT_EQ(FX_SaveEData(doc::kChord, &id, &c, 30, FXT_VERSION), 1);
             expected.records[{doc::kChord, doc::RecordId{1, 1, 1}}] =
                 *doc::get(doc::kChord, {1, 1, 1});
