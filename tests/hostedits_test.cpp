@@ -103,4 +103,28 @@ TEST_F(HostEdits, NestedEditsStack) {
     EXPECT_TRUE(edits::errors().empty());
 }
 
+// Undo takes back the edit alone: what changed after its commit, through a
+// host call or set up by the host itself, stays.
+TEST_F(HostEdits, UndoKeepsWhatChangedAfterTheEdit) {
+    for (bool byTheHost : {false, true}) {
+        SetUp();
+        FX_StartZemloEdit_UTF16(name16(u"Capo Chords"), FXT_VERSION);
+        changeEverything();
+        FX_EndZemloEdit(FXT_VERSION);
+        doc::Document expected = original_;
+        if (byTheHost) {
+            doc::put(doc::kMeasure, {9, 0, 0}, {1, 2, 3});
+            expected.records[{doc::kMeasure, doc::RecordId{9, 0, 0}}] = {1, 2, 3};
+        } else {
+            score::ChordRecord c;
+            EDataID id{1, 1, 1};  // a chord the edit left alone, now without its onset
+            ASSERT_EQ(FX_SaveEData(doc::kChord, &id, &c, 30, FXT_VERSION), 1);
+            expected.records[{doc::kChord, doc::RecordId{1, 1, 1}}] =
+                *doc::get(doc::kChord, {1, 1, 1});
+        }
+        EXPECT_TRUE(edits::undo());
+        EXPECT_EQ(doc::difference(expected, doc::snapshot()), "");
+    }
+}
+
 }  // namespace

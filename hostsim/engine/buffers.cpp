@@ -10,6 +10,7 @@
 #include "engine.h"
 #include "hostsim/document.h"
 
+#include <cassert>
 #include <cstring>
 #include <string>
 
@@ -54,7 +55,10 @@ constexpr size_t kIdBytes = 6;  // three 16-bit numbers
 const std::array<BufferArgs, kFxCount>& bufferArgs() {
     static const std::array<BufferArgs, kFxCount> table = [] {
         std::array<BufferArgs, kFxCount> t;
-        auto set = [&t](Fx fx, BufferArgs s) { t[static_cast<size_t>(fx)] = std::move(s); };
+        auto set = [&t](Fx fx, BufferArgs s) {
+            assert(s.size() <= Staging::kMaxBuffers);
+            t[static_cast<size_t>(fx)] = std::move(s);
+        };
         const BufferArg id{1, Room::Fixed, kIdBytes, 0};
         // The size location comes before the buffer it sizes.
         set(Fx::FX_LoadEData, {id, {3, Room::Fixed, 4, 0}, {2, Room::CountAt, 0, 3}});
@@ -124,8 +128,9 @@ Staging::Staging(Call& c) : fx_(c.fx) {
             if (s.room == Room::CountAt) {
                 // Its location was staged before: read the plug-in's value from the copy.
                 count = 0;
-                for (const Copy& k : copies_)
-                    if (k.arg == s.from) std::memcpy(&count, k.before.data(), sizeof count);
+                for (size_t i = 0; i < staged_; ++i)
+                    if (copies_[i].arg == s.from)
+                        std::memcpy(&count, copies_[i].before.data(), sizeof count);
             }
             const int unit = doc::ruleFor(static_cast<uint32_t>(c.args[0])).unit;
             bytes = count > 0 ? static_cast<size_t>(count) * static_cast<size_t>(unit) : 0;
@@ -161,20 +166,21 @@ Staging::Staging(Call& c) : fx_(c.fx) {
             refused_ = true;
             return;
         }
-        Copy k;
+        Copy& k = copies_[staged_++];
         k.arg = s.arg;
         k.plugin = p;
         k.bytes = bytes;
         k.before.assign(p, p + bytes);
         k.work.assign(bytes + kGuard, kGuardByte);
         if (bytes) std::memcpy(k.work.data(), p, bytes);
-        copies_.push_back(std::move(k));
     }
-    for (Copy& k : copies_) c.args[k.arg] = reinterpret_cast<uintptr_t>(k.work.data());
+    for (size_t i = 0; i < staged_; ++i)
+        c.args[copies_[i].arg] = reinterpret_cast<uintptr_t>(copies_[i].work.data());
 }
 
 void Staging::finish() {
-    for (Copy& k : copies_) {
+    for (size_t n = 0; n < staged_; ++n) {
+        Copy& k = copies_[n];
         for (size_t i = 0; i < kGuard; ++i) {
             if (k.work[k.bytes + i] == kGuardByte) continue;
             record(fx_, "the host wrote past the " + std::to_string(k.bytes) + " bytes of " + argName(k.arg) +

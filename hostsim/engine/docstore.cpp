@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <limits>
 #include <memory>
 
@@ -45,11 +46,18 @@ struct Store {
     std::vector<OpRecord> log;
     int guardFaults = 0;
     int foreign = 0;
+    std::function<void(Document)> deferred;  // deferSnapshot()
 };
 
 Store& store() {
     static Store* s = new Store();  // see state() in host.cpp
     return *s;
+}
+
+// The document, about to be changed: a copy deferred till now is taken first.
+Document& changing() {
+    takeDeferredSnapshot();
+    return store().doc;
 }
 
 using Key = std::tuple<uint32_t, RecordId>;
@@ -92,16 +100,33 @@ bool sameGroup(const RecordId& a, const RecordId& b) {
     return a.first == b.first && a.second == b.second;
 }
 
-// Records of an indexed kind in the staff-measure of id.
-int16_t groupCount(uint32_t tag, RecordId id) {
+using Records = decltype(Document::records);
+
+// The identifier as the store keys it, under the kind's rule.
+RecordId keyBy(const TagRule& rule, RecordId id) {
+    if (rule.numbers < 3) id.third = 0;
+    if (rule.numbers < 2) id.second = 0;
+    return id;
+}
+
+// The records of an indexed kind in id's staff-measure: they sit together in
+// the store's order, from `first` to just before `end`.
+struct Group {
+    Records::iterator first;
+    Records::iterator end;
+    int16_t count = 0;
+};
+
+Group groupOf(uint32_t tag, RecordId id) {
     auto& recs = store().doc.records;
-    int16_t n = 0;
-    RecordId from{id.first, id.second, std::numeric_limits<int16_t>::min()};
-    for (auto it = recs.lower_bound({tag, from});
-         it != recs.end() && std::get<0>(it->first) == tag && sameGroup(std::get<1>(it->first), id);
-         ++it)
-        ++n;
-    return n;
+    Group g;
+    const int16_t lowest = std::numeric_limits<int16_t>::min();
+    g.first = recs.lower_bound({tag, RecordId{id.first, id.second, lowest}});
+    for (g.end = g.first; g.end != recs.end() && std::get<0>(g.end->first) == tag &&
+                          sameGroup(std::get<1>(g.end->first), id);
+         ++g.end)
+        ++g.count;
+    return g;
 }
 
 // Moves records (index >= from) of id's staff-measure by delta. They sit
@@ -120,13 +145,21 @@ void shiftGroup(uint32_t tag, RecordId id, int16_t from, int delta) {
     for (auto& m : moved) recs[m.first] = std::move(m.second);
 }
 
-std::vector<uint8_t> bytesOf(const Call& c, size_t bufArg, int32_t size, int unit) {
-    const uint8_t* p = c.ptr<uint8_t>(bufArg);
-    return std::vector<uint8_t>(p, p + static_cast<size_t>(size) * static_cast<size_t>(unit));
+// The call's record bytes (argument 2, `size` units) stored under key, where
+// `at` is the record of that key or, for a new one, the record it goes
+// before: the caller's walk of the store is not done again. (A store that
+// breaks the host's numbering, set up with put(), may fool the caller's
+// guess; the map then looks for itself.)
+void storeAt(Records::iterator at, const Key& key, const Call& c, int32_t size, int unit) {
+    auto& recs = store().doc.records;
+    const uint8_t* p = c.ptr<uint8_t>(2);
+    const size_t bytes = static_cast<size_t>(size) * static_cast<size_t>(unit);
+    if (at != recs.end() && at->first == key) at->second.assign(p, p + bytes);
+    else recs.insert_or_assign(at, key, std::vector<uint8_t>(p, p + bytes));
 }
 
 void note(Op op, uint32_t tag, RecordId id, int32_t size, bool ok) {
-    store().log.push_back({op, tag, id, size, ok});
+    if (checking()) store().log.push_back({op, tag, id, size, ok});
 }
 
 uint64_t load(Call& c) {
@@ -136,14 +169,15 @@ uint64_t load(Call& c) {
     int32_t capacity = size ? *size : 0;
     bool ok = false;
     if (c.ptr<void>(1) && size && capacity >= 0) {
-        auto it = store().doc.records.find({tag, keyOf(tag, given)});
+        const TagRule& rule = ruleFor(tag);
+        auto it = store().doc.records.find({tag, keyBy(rule, given)});
         if (it != store().doc.records.end()) {
-            const int unit = ruleFor(tag).unit;
-            const size_t have = it->second.size() / static_cast<size_t>(unit);
+            const size_t unit = static_cast<size_t>(rule.unit);
+            const size_t have = it->second.size() / unit;
             if (uint8_t* buf = c.ptr<uint8_t>(2)) {
                 const size_t n = std::min(have, static_cast<size_t>(capacity));
                 // An empty record (a raw text of no units) has no bytes to copy, nor an address.
-                if (n) std::memcpy(buf, it->second.data(), n * static_cast<size_t>(unit));
+                if (n) std::memcpy(buf, it->second.data(), n * unit);
             }
             *size = static_cast<int32_t>(have);
             ok = true;
@@ -158,22 +192,29 @@ uint64_t save(Call& c) {
     const RecordId given = readId(c, 1);
     const int32_t size = static_cast<int32_t>(c.args[3]);
     const TagRule& rule = ruleFor(tag);
-    const RecordId key = keyOf(tag, given);
-    auto& recs = store().doc.records;
+    const Key key{tag, keyBy(rule, given)};
+    const int16_t index = std::get<1>(key).third;
+    auto& recs = changing().records;
     bool ok = false;
     if (c.ptr<void>(1) && c.ptr<void>(2) && size >= 0) {
+        Records::iterator at = recs.end();
         switch (rule.numbering) {
-        case Numbering::Indexed:
-            ok = key.third >= 0 && key.third <= groupCount(tag, key);
+        case Numbering::Indexed: {
+            const Group g = groupOf(tag, std::get<1>(key));
+            ok = index >= 0 && index <= g.count;
+            if (ok) at = index == g.count ? g.end : std::next(g.first, index);
             break;
+        }
         case Numbering::Assigned:
-            ok = recs.count({tag, key}) != 0;
+            at = recs.find(key);
+            ok = at != recs.end();
             break;
         case Numbering::Plain:
+            at = recs.lower_bound(key);
             ok = true;
             break;
         }
-        if (ok) recs[{tag, key}] = bytesOf(c, 2, size, rule.unit);
+        if (ok) storeAt(at, key, c, size, rule.unit);
     }
     note(Op::Save, tag, given, size, ok);
     return ok ? 1 : 0;
@@ -184,16 +225,22 @@ uint64_t create(Call& c) {
     const RecordId given = readId(c, 1);
     const int32_t size = static_cast<int32_t>(c.args[3]);
     const TagRule& rule = ruleFor(tag);
-    RecordId key = keyOf(tag, given);
-    auto& recs = store().doc.records;
+    RecordId key = keyBy(rule, given);
+    auto& recs = changing().records;
     bool ok = false;
     if (c.ptr<void>(1) && c.ptr<void>(2) && size >= 0) {
+        Records::iterator at = recs.end();
         switch (rule.numbering) {
         case Numbering::Indexed: {
-            const int16_t n = groupCount(tag, key);
-            if (key.third == -1) key.third = n;
-            ok = key.third >= 0 && key.third <= n;
-            if (ok && key.third < n) shiftGroup(tag, key, key.third, +1);
+            const Group g = groupOf(tag, key);
+            if (key.third == -1) key.third = g.count;
+            ok = key.third >= 0 && key.third <= g.count;
+            if (ok && key.third < g.count) {
+                shiftGroup(tag, key, key.third, +1);
+                at = recs.lower_bound({tag, key});
+            } else {
+                at = g.end;
+            }
             if (ok) {
                 RecordId back = given;
                 back.third = key.third;
@@ -206,9 +253,9 @@ uint64_t create(Call& c) {
                 // The kind's highest number is its last record in the store's order.
                 int next = 1;
                 const int16_t top = std::numeric_limits<int16_t>::max();
-                auto last = recs.upper_bound({tag, RecordId{top, top, top}});
-                if (last != recs.begin() && std::get<0>(std::prev(last)->first) == tag)
-                    next = std::max(next, std::get<1>(std::prev(last)->first).first + 1);
+                at = recs.upper_bound({tag, RecordId{top, top, top}});
+                if (at != recs.begin() && std::get<0>(std::prev(at)->first) == tag)
+                    next = std::max(next, std::get<1>(std::prev(at)->first).first + 1);
                 ok = next <= std::numeric_limits<int16_t>::max();
                 key.first = static_cast<int16_t>(next);
                 if (ok) {
@@ -217,15 +264,17 @@ uint64_t create(Call& c) {
                     writeId(c, 1, back);
                 }
             } else {
-                ok = key.first > 0 && recs.count({tag, key}) == 0;
+                at = recs.lower_bound({tag, key});
+                ok = key.first > 0 && (at == recs.end() || at->first != Key{tag, key});
             }
             break;
         }
         case Numbering::Plain:
-            ok = recs.count({tag, key}) == 0;
+            at = recs.lower_bound({tag, key});
+            ok = at == recs.end() || at->first != Key{tag, key};
             break;
         }
-        if (ok) recs[{tag, key}] = bytesOf(c, 2, size, rule.unit);
+        if (ok) storeAt(at, {tag, key}, c, size, rule.unit);
     }
     note(Op::Create, tag, given, size, ok);
     return ok ? 1 : 0;
@@ -235,7 +284,7 @@ uint64_t remove(Call& c) {
     const uint32_t tag = static_cast<uint32_t>(c.args[0]);
     const RecordId given = readId(c, 1);
     const RecordId key = keyOf(tag, given);
-    bool ok = c.ptr<void>(1) && store().doc.records.erase({tag, key}) == 1;
+    bool ok = c.ptr<void>(1) && changing().records.erase({tag, key}) == 1;
     if (ok && ruleFor(tag).numbering == Numbering::Indexed)
         shiftGroup(tag, key, static_cast<int16_t>(key.third + 1), -1);
     note(Op::Delete, tag, given, 0, ok);
@@ -251,11 +300,12 @@ uint64_t step(Call& c, bool forward) {
     auto& recs = store().doc.records;
     bool ok = false;
     if (c.ptr<void>(1) && size >= 0) {
-        const Key at{tag, keyOf(tag, given)};
+        const TagRule& rule = ruleFor(tag);
+        const Key at{tag, keyBy(rule, given)};
         auto it = forward ? recs.upper_bound(at) : recs.lower_bound(at);
         if (!forward) it = it == recs.begin() ? recs.end() : std::prev(it);
         if (it != recs.end() && std::get<0>(it->first) == tag) {
-            const int unit = ruleFor(tag).unit;
+            const int unit = rule.unit;
             if (uint8_t* buf = c.ptr<uint8_t>(2)) {
                 const size_t n = std::min(it->second.size(), static_cast<size_t>(size) * unit);
                 if (n) std::memcpy(buf, it->second.data(), n);
@@ -313,7 +363,7 @@ uint64_t saveFrame(Call& c) {
         ok = n == f->count;  // the simulated host keeps no inserted entries
         if (ok) {
             const uint8_t* p = f->entries.payload();
-            store().doc.frames[f->key].assign(p, p + f->entries.size);
+            changing().frames[f->key].assign(p, p + f->entries.size);
         }
     }
     note(Op::SaveFrame, 0, {}, 0, ok);
@@ -338,15 +388,10 @@ const TagRule& ruleFor(uint32_t tag) {
     return kRules.back();
 }
 
-RecordId keyOf(uint32_t tag, RecordId id) {
-    const int n = ruleFor(tag).numbers;
-    if (n < 3) id.third = 0;
-    if (n < 2) id.second = 0;
-    return id;
-}
+RecordId keyOf(uint32_t tag, RecordId id) { return keyBy(ruleFor(tag), id); }
 
 void put(uint32_t tag, RecordId id, std::vector<uint8_t> bytes) {
-    store().doc.records[{tag, keyOf(tag, id)}] = std::move(bytes);
+    changing().records[{tag, keyOf(tag, id)}] = std::move(bytes);
 }
 
 void putText(uint32_t tag, RecordId id, const std::u16string& units) {
@@ -369,19 +414,25 @@ std::optional<std::u16string> getText(uint32_t tag, RecordId id) {
     return s;
 }
 
-bool erase(uint32_t tag, RecordId id) { return store().doc.records.erase({tag, keyOf(tag, id)}) == 1; }
+bool erase(uint32_t tag, RecordId id) {
+    return changing().records.erase({tag, keyOf(tag, id)}) == 1;
+}
 
 std::vector<RecordId> list(uint32_t tag) {
+    // A kind's records sit together in the store's order: only they are visited.
     std::vector<RecordId> ids;
-    for (const auto& r : store().doc.records)
-        if (std::get<0>(r.first) == tag) ids.push_back(std::get<1>(r.first));
+    const auto& recs = store().doc.records;
+    const int16_t lowest = std::numeric_limits<int16_t>::min();
+    for (auto it = recs.lower_bound({tag, RecordId{lowest, lowest, lowest}});
+         it != recs.end() && std::get<0>(it->first) == tag; ++it)
+        ids.push_back(std::get<1>(it->first));
     return ids;
 }
 
 size_t recordCount() { return store().doc.records.size(); }
 
 void putFrame(FrameKey key, std::vector<uint8_t> entries) {
-    store().doc.frames[key] = std::move(entries);
+    changing().frames[key] = std::move(entries);
 }
 
 std::optional<std::vector<uint8_t>> getFrame(FrameKey key) {
@@ -395,7 +446,7 @@ int guardFaults() { return store().guardFaults; }
 int foreignFrames() { return store().foreign; }
 
 Document snapshot() { return store().doc; }
-void restore(const Document& d) { store().doc = d; }
+void restore(const Document& d) { changing() = d; }
 
 std::string tagName(uint32_t tag) {
     std::string s;
@@ -424,6 +475,23 @@ std::string difference(const Document& a, const Document& b) {
     if (a.frames != b.frames) return "frames differ";
     return std::string();
 }
+
+}  // namespace doc
+
+void deferSnapshot(std::function<void(doc::Document)> into) {
+    takeDeferredSnapshot();
+    doc::store().deferred = std::move(into);
+}
+
+void takeDeferredSnapshot() {
+    doc::Store& s = doc::store();
+    if (!s.deferred) return;
+    std::function<void(doc::Document)> into = std::move(s.deferred);
+    s.deferred = nullptr;
+    into(s.doc);
+}
+
+namespace doc {
 
 const std::vector<OpRecord>& ops() { return store().log; }
 void clearOps() { store().log.clear(); }
@@ -470,6 +538,7 @@ bool servedByDocument(Fx fx) {
 void resetDocument() {
     doc::Store& s = doc::store();
     s.doc = doc::Document();
+    s.deferred = nullptr;
     s.out.clear();
     s.log.clear();
     s.guardFaults = 0;

@@ -1,5 +1,6 @@
 // Undoable edits: a snapshot of the document per open edit, restored on
-// cancel; on commit a second one, so that Undo takes back what changed between.
+// cancel; on commit a second one, so that Undo takes back what changed between
+// (deferred until the document changes again or Undo asks for it).
 #include "hostsim/edits.h"
 #include "uistate.h"
 
@@ -39,8 +40,12 @@ uint64_t end(Call&) {
         s.errors.push_back("FX_EndZemloEdit: no edit open");
         return 0;
     }
-    s.edits[s.open.back()].state = State::Committed;
-    s.edits[s.open.back()].after = doc::snapshot();
+    const size_t i = s.open.back();
+    s.edits[i].state = State::Committed;
+    deferSnapshot([i](doc::Document now) {
+        EditState& later = editState();
+        if (i < later.edits.size()) later.edits[i].after = std::move(now);
+    });
     s.open.pop_back();
     return 1;
 }
@@ -71,12 +76,16 @@ template <class Map> void takeBack(Map& now, const Map& before, const Map& after
 
 }  // namespace
 
-const std::vector<Edit>& all() { return editState().edits; }
+const std::vector<Edit>& all() {
+    takeDeferredSnapshot();
+    return editState().edits;
+}
 size_t openCount() { return editState().open.size(); }
 
 bool undo() {
     EditState& s = editState();
     if (!s.open.empty()) return false;  // the host undoes nothing while an edit runs
+    takeDeferredSnapshot();
     for (auto it = s.edits.rbegin(); it != s.edits.rend(); ++it) {
         if (it->depth != 0 || it->state != State::Committed) continue;
         doc::Document now = doc::snapshot();

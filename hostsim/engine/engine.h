@@ -2,10 +2,12 @@
 #ifndef CAPOCHORDS_HOSTSIM_ENGINE_H
 #define CAPOCHORDS_HOSTSIM_ENGINE_H
 
+#include "hostsim/document.h"
 #include "hostsim/host.h"
 
 #include <array>
 #include <cstring>
+#include <functional>
 #include <vector>
 
 namespace hostsim {
@@ -26,6 +28,8 @@ class Staging {
     bool refused() const { return refused_; }
     void finish();
 
+    static constexpr size_t kMaxBuffers = 3;  // the most one host function takes
+
   private:
     static constexpr size_t kGuard = 16;
     static constexpr uint8_t kGuardByte = 0xFD;
@@ -38,7 +42,8 @@ class Staging {
     };
     Fx fx_;
     bool refused_ = false;
-    std::vector<Copy> copies_;
+    std::array<Copy, kMaxBuffers> copies_;
+    size_t staged_ = 0;
 };
 void resetBuffers();
 
@@ -46,6 +51,12 @@ void resetBuffers();
 // behaviours, and its return to an empty document.
 bool servedByDocument(Fx fx);
 void resetDocument();
+// A copy of the document as it is now, taken only when it is needed: just
+// before the document next changes, or at takeDeferredSnapshot(). Undo's
+// copy of a committed edit is made so, as most runs never change the
+// document again. One at a time: a second takes the first one's copy now.
+void deferSnapshot(std::function<void(doc::Document)> into);
+void takeDeferredSnapshot();
 
 // The host's own behaviours: what a call does when the scenario has
 // programmed neither a behaviour nor a result for it.

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <map>
+#include <memory>
 
 namespace hostsim {
 namespace {
@@ -20,6 +21,11 @@ struct State {
     std::map<std::pair<int, size_t>, bool> faults;  // (fx, call number) to fail
     std::vector<Call> log;
     bool logging = true;
+    bool checking = true;
+    // The calls running now, one per nesting level (a dialog's handler calls
+    // in from inside FX_Dialog); each keeps its argument room between calls.
+    std::vector<std::unique_ptr<Call>> running;
+    size_t depth = 0;
     State() {
         present.fill(true);
         addUiBuiltIns(builtIns);
@@ -95,6 +101,7 @@ void reset() {
     s.faults.clear();
     s.log.clear();
     s.logging = true;
+    s.checking = true;
     resetDocument();
     resetUi();
     resetScore();
@@ -120,6 +127,8 @@ void failCall(Fx fx, int k) {
 
 void clearFaults() { state().faults.clear(); }
 void setLogging(bool on) { state().logging = on; }
+void setChecking(bool on) { state().checking = on; }
+bool checking() { return state().checking; }
 const std::vector<Call>& calls() { return state().log; }
 void clearCalls() { state().log.clear(); }
 size_t count(Fx fx) { return state().counts[idx(fx)]; }
@@ -130,29 +139,66 @@ bool resolve(Fx fx) {
     return s.present[idx(fx)];
 }
 
+namespace {
+
+// The call of the current nesting level, reused from the last call at that level.
+class Running {
+  public:
+    Running(State& s, Fx fx, const uint64_t* args, size_t n) : s_(s) {
+        if (s.depth == s.running.size()) s.running.push_back(std::make_unique<Call>());
+        Call& c = *s.running[s.depth++];
+        c.fx = fx;
+        c.args.assign(args, args + n);
+        c.result = 0;
+        c.faulted = false;
+        call_ = &c;
+    }
+    ~Running() { --s_.depth; }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+    Call& call() { return *call_; }
+
+  private:
+    State& s_;
+    Call* call_;
+};
+
+uint64_t behave(State& s, Call& c) {
+    const int i = idx(c.fx);
+    if (s.handlers[i]) return s.handlers[i](c);
+    if (!s.programmed[i] && s.builtIns[i]) return s.builtIns[i](c);
+    return s.results[i];
+}
+
+}  // namespace
+
 uint64_t dispatch(Fx fx, const uint64_t* args, size_t n) {
     State& s = state();
-    size_t number = ++s.counts[idx(fx)];
-    Call c{fx, std::vector<uint64_t>(args, args + n), 0, false};
+    const size_t number = ++s.counts[idx(fx)];
+    Running running(s, fx, args, n);
+    Call& c = running.call();
     auto fault = s.faults.find({idx(fx), number});
     if (fault != s.faults.end()) {
         c.faulted = true;
         s.faults.erase(fault);
     }
+    if (!s.checking) {
+        if (!c.faulted) c.result = behave(s, c);
+        return c.result;
+    }
     // Logged before the behaviour runs, so that calls made from inside it
     // (a dialog calling its handler) follow the call that caused them.
-    size_t at = s.log.size();
+    const size_t at = s.log.size();
     if (s.logging) s.log.push_back(c);
     if (!c.faulted) {
-        // The behaviour sees the plug-in's buffers through guarded copies.
-        Call work = c;
-        Staging staging(work);
+        // The behaviour sees the plug-in's buffers through guarded copies:
+        // the call's own arguments are pointed at them, the log keeps the
+        // plug-in's.
+        Staging staging(c);
         if (staging.refused()) {
             c.faulted = true;
         } else {
-            if (s.handlers[idx(fx)]) c.result = s.handlers[idx(fx)](work);
-            else if (!s.programmed[idx(fx)] && s.builtIns[idx(fx)]) c.result = s.builtIns[idx(fx)](work);
-            else c.result = s.results[idx(fx)];
+            c.result = behave(s, c);
             staging.finish();
         }
     }

@@ -131,7 +131,8 @@ HOSTSIM_API void restore(const Document& d);
 HOSTSIM_API std::string difference(const Document& a, const Document& b);
 
 // What the host did, call by call: every load, save, create, delete,
-// previous, next and frame call that reached the store.
+// previous, next and frame call that reached the store while the host was
+// checking (host.h).
 enum class Op : uint8_t { Load, Save, Create, Delete, Previous, Next, LoadFrame, SaveFrame, FreeFrame };
 struct OpRecord {
     Op op;

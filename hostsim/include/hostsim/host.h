@@ -75,6 +75,14 @@ HOSTSIM_API void failCall(Fx fx, int k);
 HOSTSIM_API void clearFaults();
 
 HOSTSIM_API void setLogging(bool on);
+// The host's own checking: the call log, the document's log of operations
+// (document.h) and the guarded copies through which behaviours see the
+// plug-in's buffers (bufferFaults below). Turned off, calls are counted,
+// faulted and served as before, but nothing is logged and behaviours work
+// on the plug-in's buffers themselves: for a user's run that nobody
+// inspects (zemlo-host apply). reset() turns it back on.
+HOSTSIM_API void setChecking(bool on);
+HOSTSIM_API bool checking();
 HOSTSIM_API const std::vector<Call>& calls();
 HOSTSIM_API void clearCalls();
 // Calls of fx since the last reset, logged or not.
