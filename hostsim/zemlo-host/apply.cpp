@@ -190,11 +190,15 @@ void printRecords(const View& s) {
         }
 }
 
-// The host's progress display as a bar on the terminal.
+// The host's progress display as a bar on the terminal (observed only when
+// there is one), redrawn when its percentage moves.
 void drawProgress(const ui::Progress& p) {
-    if (!isatty(STDERR_FILENO)) return;
+    static size_t shown = SIZE_MAX;
     const size_t done = p.calls.size();
     const size_t steps = p.steps > 0 ? static_cast<size_t>(p.steps) : 1;
+    const size_t percent = std::min(done, steps) * 100 / steps;
+    if (percent == shown && !p.ended) return;
+    shown = p.ended ? SIZE_MAX : percent;
     const size_t width = 30, filled = std::min(width, done * width / steps);
     std::fprintf(stderr, "\r  [%s%s] %zu/%zu", std::string(filled, '#').c_str(),
                  std::string(width - filled, '.').c_str(), std::min(done, steps), steps);
@@ -324,7 +328,7 @@ int16_t chooseCommand(driver::InvokeFn invoke, const Span& span, bool byPosition
         score::region(span.firstStaff, span.firstMeasure, span.lastStaff, span.lastMeasure);
     std::string shown, confirmed;
     driver::answerWith(answers, &shown, &confirmed);
-    ui::setProgressObserver(drawProgress);
+    if (isatty(STDERR_FILENO)) ui::setProgressObserver(drawProgress);
     // Printed numbers may repeat: a selection by position says so.
     std::string measures = s.number(span.firstMeasure) + "-" + s.number(span.lastMeasure);
     if (byPosition)
