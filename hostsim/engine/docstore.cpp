@@ -418,6 +418,18 @@ bool erase(uint32_t tag, RecordId id) {
     return changing().records.erase({tag, keyOf(tag, id)}) == 1;
 }
 
+std::vector<std::vector<uint8_t>> group(uint32_t tag, RecordId id) {
+    std::vector<std::vector<uint8_t>> out;
+    const auto& recs = store().doc.records;
+    const RecordId key = keyOf(tag, {id.first, id.second, 0});
+    for (auto it = recs.lower_bound({tag, key});
+         it != recs.end() && std::get<0>(it->first) == tag && sameGroup(std::get<1>(it->first), key) &&
+         std::get<1>(it->first).third == static_cast<int16_t>(out.size());
+         ++it)
+        out.push_back(it->second);
+    return out;
+}
+
 std::vector<RecordId> list(uint32_t tag) {
     // A kind's records sit together in the store's order: only they are visited.
     std::vector<RecordId> ids;

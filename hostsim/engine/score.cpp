@@ -103,20 +103,16 @@ Region Score::whole() const {
 
 std::vector<ChordRecord> chords(int16_t staff, int16_t measure) {
     std::vector<ChordRecord> out;
-    for (int16_t i = 0;; ++i) {
-        auto b = doc::get(doc::kChord, {staff, measure, i});
-        if (!b) return out;
-        out.push_back(recordOf<ChordRecord>(*b));
-    }
+    for (const auto& b : doc::group(doc::kChord, {staff, measure, 0}))
+        out.push_back(recordOf<ChordRecord>(b));
+    return out;
 }
 
 std::vector<MeasureTextRecord> measureTexts(int16_t staff, int16_t measure) {
     std::vector<MeasureTextRecord> out;
-    for (int16_t i = 0;; ++i) {
-        auto b = doc::get(doc::kMeasureText, {staff, measure, i});
-        if (!b) return out;
-        out.push_back(recordOf<MeasureTextRecord>(*b));
-    }
+    for (const auto& b : doc::group(doc::kMeasureText, {staff, measure, 0}))
+        out.push_back(recordOf<MeasureTextRecord>(b));
+    return out;
 }
 
 std::vector<std::u16string> texts(int16_t staff, int16_t measure) {

@@ -16,7 +16,6 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <sstream>
 #include <sys/stat.h>
 
 namespace hostsim {
@@ -56,14 +55,15 @@ bool readFile(const std::string& path, std::string* data, std::string* error) {
                  std::to_string(kMaxFileBytes >> 20) + " MB";
         return false;
     }
+    // Straight into the string: a large score is not copied through a stream.
     std::ifstream in(path, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    if (!in.good() && !in.eof()) {
+    data->resize(static_cast<size_t>(st.st_size));
+    in.read(data->data(), static_cast<std::streamsize>(data->size()));
+    if (!in && !in.eof()) {
         *error = "cannot read " + path;
         return false;
     }
-    *data = s.str();
+    data->resize(static_cast<size_t>(in.gcount()));
     return true;
 }
 

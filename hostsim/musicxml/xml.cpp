@@ -24,14 +24,27 @@ std::vector<xmlNodePtr> children(xmlNodePtr n, const char* name) {
     return out;
 }
 
-std::string text(xmlNodePtr n) {
-    if (!n) return {};
-    xmlChar* t = xmlNodeGetContent(n);
-    std::string s = t ? reinterpret_cast<const char*>(t) : "";
-    xmlFree(t);
+namespace {
+
+std::string trimmed(const char* t) {
+    const std::string s = t ? t : "";
     const size_t a = s.find_first_not_of(" \t\r\n");
     const size_t b = s.find_last_not_of(" \t\r\n");
     return a == std::string::npos ? std::string() : s.substr(a, b - a + 1);
+}
+
+} // namespace
+
+std::string text(xmlNodePtr n) {
+    if (!n) return {};
+    // Most elements read hold one text and nothing else: read it in place.
+    xmlNodePtr only = n->children;
+    if (only && !only->next && only->type == XML_TEXT_NODE)
+        return trimmed(reinterpret_cast<const char*>(only->content));
+    xmlChar* t = xmlNodeGetContent(n);
+    std::string s = trimmed(reinterpret_cast<const char*>(t));
+    xmlFree(t);
+    return s;
 }
 
 std::string attr(xmlNodePtr n, const char* name) {

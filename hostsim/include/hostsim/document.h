@@ -89,6 +89,10 @@ HOSTSIM_API void putText(uint32_t tag, RecordId id, const std::u16string& units)
 HOSTSIM_API std::optional<std::vector<uint8_t>> get(uint32_t tag, RecordId id);
 HOSTSIM_API std::optional<std::u16string> getText(uint32_t tag, RecordId id);
 HOSTSIM_API bool erase(uint32_t tag, RecordId id);
+// The records of an indexed kind under the first two numbers of `id`,
+// numbered 0, 1, 2, … up to the first that is missing (one walk, not a
+// lookup per record).
+HOSTSIM_API std::vector<std::vector<uint8_t>> group(uint32_t tag, RecordId id);
 // Identifiers of a kind's records, in the store's order.
 HOSTSIM_API std::vector<RecordId> list(uint32_t tag);
 HOSTSIM_API size_t recordCount();
