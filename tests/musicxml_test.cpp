@@ -777,6 +777,9 @@ TEST(Apply, WarnsOfChordsLeftWithoutACapoChord) {
          warning + "2 chords" + left + "m1: more than 16 chords in a staff-measure, and the command adds at most 16 capo chords to one\n"},
         {"the whole after measure 1", "--measures 1", "", eleven, warning + "25 chords" + left + "m2, m3, m4, m5, m6, m7, m8, m9 and 2 more" + met},
         {"two staves, the whole after measure 2", "--measures 2", "", "", warning + "5 chords" + left + "Voice m3, Voice m4, Guitar m3" + met},
+        {"32 chords, again at another fret", "--capo 3", "", measure("1", sixteen + sixteen),
+         warning + "16 capo chords in m1 still at another fret than 2: the command ends a staff-measure's walk once it "
+                   "has 16 capo chords to add, before it reaches them; run it again to update them\n"},
         {"removal", "", "--remove", eleven, ""},
         {"a numeral and N.C.", "", "", measure("1", numeral + kChord + kNote) + measure("X1", nc + nc),
          warning + "3 <harmony> without a root (numerals, functions) or N.C. left alone in m1, mX1: they get no capo chord\n"},

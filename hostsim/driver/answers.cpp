@@ -47,7 +47,8 @@ std::string describe(const ui::DialogRun& r) {
 
 } // namespace
 
-std::vector<ui::Step> dialogScript(const Answers& a, std::string* shown, std::string* confirmed) {
+std::vector<ui::Step> dialogScript(const Answers& a, std::string* shown, std::string* confirmed,
+                                   std::string* fret) {
     using namespace control;
     std::vector<ui::Step> steps;
     steps.push_back(ui::peek([shown](const ui::DialogRun& r) { *shown = describe(r); }));
@@ -57,15 +58,18 @@ std::vector<ui::Step> dialogScript(const Answers& a, std::string* shown, std::st
     if (a.noLabel) steps.push_back(ui::setValue(kShowLabel, 0));
     if (a.chordFlag) steps.push_back(ui::setValue(kChordFlag, 1));
     if (a.remove) steps.push_back(ui::setValue(kRemove, 1));
-    steps.push_back(ui::peek([confirmed](const ui::DialogRun& r) { *confirmed = describe(r); }));
+    steps.push_back(ui::peek([confirmed, fret](const ui::DialogRun& r) {
+        *confirmed = describe(r);
+        if (fret) *fret = r.text8(control::kFret);
+    }));
     steps.push_back(ui::click(a.cancel ? kCancel : kOk));
     return steps;
 }
 
-void answerWith(const Answers& a, std::string* shown, std::string* confirmed) {
+void answerWith(const Answers& a, std::string* shown, std::string* confirmed, std::string* fret) {
     setUnitByName(a.unit);
     if (a.wholeDocument) ui::scriptAlerts({1});
-    ui::scriptDialog(dialogScript(a, shown, confirmed));
+    ui::scriptDialog(dialogScript(a, shown, confirmed, fret));
 }
 
 bool isUnit(const std::string& name) {

@@ -322,12 +322,12 @@ int chooseCapo(const mx::LeadSheet& sheet) {
 
 // The user chooses the menu item once, with the selection or with none.
 int16_t chooseCommand(driver::InvokeFn invoke, const Span& span, bool byPosition,
-                      const driver::Answers& answers, const View& s) {
+                      const driver::Answers& answers, const View& s, int* fret) {
     score::Region whole = score::region(1, 1, s.staves(), s.measures());
     score::Region selection =
         score::region(span.firstStaff, span.firstMeasure, span.lastStaff, span.lastMeasure);
-    std::string shown, confirmed;
-    driver::answerWith(answers, &shown, &confirmed);
+    std::string shown, confirmed, fretText;
+    driver::answerWith(answers, &shown, &confirmed, &fretText);
     if (isatty(STDERR_FILENO)) ui::setProgressObserver(drawProgress);
     // Printed numbers may repeat: a selection by position says so.
     std::string measures = s.number(span.firstMeasure) + "-" + s.number(span.lastMeasure);
@@ -342,6 +342,7 @@ int16_t chooseCommand(driver::InvokeFn invoke, const Span& span, bool byPosition
     const int16_t result = invoke(nullptr, 0, answers.wholeDocument ? nullptr : &selection, &whole);
     ui::setProgressObserver(nullptr);
     std::printf("Dialog confirmed: %s\n", confirmed.c_str());
+    *fret = std::atoi(fretText.c_str());
     return result;
 }
 
@@ -374,17 +375,24 @@ std::string chordsText(size_t n) {
     return std::to_string(n) + (n == 1 ? " chord" : " chords");
 }
 
-// What a writing run left without a capo chord, which the command does not
-// say, read from the records after it: an ordinary chord has a capo chord
-// when one with its three keys is in its staff-measure.
-void warnLeftOver(const View& s, const Span& span) {
+// What a writing run at `fret` left without a capo chord or at another
+// fret, which the command does not say, read from the records after it: an
+// ordinary chord has a capo chord when one with its three keys is in its
+// staff-measure.
+void warnLeftOver(const View& s, const Span& span, int fret) {
     const bool named = span.lastStaff > span.firstStaff;
-    std::vector<std::string> crowded, afterCapo; // staff-measures
-    size_t inCrowded = 0, inAfterCapo = 0;
+    std::vector<std::string> crowded, afterCapo, unreached; // staff-measures
+    size_t inCrowded = 0, inAfterCapo = 0, inUnreached = 0;
     for (int16_t staff = span.firstStaff; staff <= span.lastStaff; ++staff)
         for (int16_t m = span.firstMeasure; m <= span.lastMeasure; ++m) {
             const auto chords = score::chords(staff, m);
             size_t ordinary = 0, bare = 0;
+            const size_t stale = static_cast<size_t>(std::count_if(
+                chords.begin(), chords.end(), [&](const auto& c) { return c.isCapo() && c.fret() != fret; }));
+            if (stale) {
+                unreached.push_back((named ? s.sheet.staffName(staff) + " m" : "m") + s.number(m));
+                inUnreached += stale;
+            }
             for (const score::ChordRecord& c : chords) {
                 if (c.isCapo()) continue;
                 ++ordinary;
@@ -407,6 +415,11 @@ void warnLeftOver(const View& s, const Span& span) {
         warn(chordsText(inAfterCapo) + " left without a capo chord in " + listed(afterCapo) +
              ": the score already had capo chords, and once the command meets one it adds "
              "none, only updates; run --remove first, or select only those measures");
+    if (inUnreached)
+        warn(std::to_string(inUnreached) + (inUnreached == 1 ? " capo chord" : " capo chords") +
+             " in " + listed(unreached) + " still at another fret than " + std::to_string(fret) +
+             ": the command ends a staff-measure's walk once it has " + most +
+             " capo chords to add, before it reaches them; run it again to update them");
     std::vector<int> alone = s.sheet.leftAlone();
     std::sort(alone.begin(), alone.end());
     alone.erase(std::unique(alone.begin(), alone.end()), alone.end());
@@ -503,7 +516,8 @@ int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
         printRecords(s);
     }
 
-    const int16_t result = chooseCommand(invoke, span, a.firstPosition != 0, answers, s);
+    int fret = 0;
+    const int16_t result = chooseCommand(invoke, span, a.firstPosition != 0, answers, s, &fret);
     const std::string complaints = hostComplaints(answers.wholeDocument);
     if (!complaints.empty()) return fail(complaints);
     bool committed = false;
@@ -523,7 +537,7 @@ int applyCommand(driver::InvokeFn invoke, const ApplyOptions& a) {
     if (!sheet->write(out, &error, a.diagrams)) return fail(error);
     std::printf("Wrote %s\n", out.c_str());
     if (!answers.remove)
-        warnLeftOver(s, answers.wholeDocument ? Span{1, s.staves(), 1, s.measures()} : span);
+        warnLeftOver(s, answers.wholeDocument ? Span{1, s.staves(), 1, s.measures()} : span, fret);
     return 0;
 }
 

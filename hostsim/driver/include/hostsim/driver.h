@@ -78,11 +78,14 @@ struct Answers {
 };
 
 // The dialog steps that give the answers; *shown and *confirmed receive the
-// dialog as the user saw it when it opened and before the last click.
-std::vector<ui::Step> dialogScript(const Answers& a, std::string* shown, std::string* confirmed);
+// dialog as the user saw it when it opened and before the last click, and
+// *fret (when given) the fret field's text then.
+std::vector<ui::Step> dialogScript(const Answers& a, std::string* shown, std::string* confirmed,
+                                   std::string* fret = nullptr);
 // Everything the user will answer before choosing the command: the unit
 // preference, OK to the question when nothing is selected, the dialog script.
-void answerWith(const Answers& a, std::string* shown, std::string* confirmed);
+void answerWith(const Answers& a, std::string* shown, std::string* confirmed,
+                std::string* fret = nullptr);
 // The measurement units by name: evpus, inches, centimeters, points, picas, spaces.
 bool isUnit(const std::string& name);
 // Sets the host's unit preference; an empty or unknown name sets none.
