@@ -371,7 +371,6 @@ bool canValidate() {
     return fs::exists(kSchema) && std::system("command -v xmllint >/dev/null 2>&1") == 0;
 }
 
-// `file` is valid MusicXML 4.0, where the schema and xmllint are at hand.
 // Which of these files the MusicXML 4.0 schema accepts, by one xmllint run.
 std::map<std::string, bool> validated(const std::vector<std::string>& files, const std::string& dir) {
     std::map<std::string, bool> valid;
@@ -386,6 +385,7 @@ std::map<std::string, bool> validated(const std::vector<std::string>& files, con
             if (line == f + " validates" || line == f + " fails to validate") valid[f] = line == f + " validates";
     return valid;
 }
+// `file` is valid MusicXML 4.0, where the schema and xmllint are at hand.
 void expectValid(const std::string& file) {
     if (canValidate()) {
         EXPECT_TRUE(validated({file}, fs::path(file).parent_path())[file]) << file;
