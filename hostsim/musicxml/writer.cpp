@@ -133,11 +133,6 @@ void writeCapoFret(Sheet& s, Staff& st, int fret) {
     }
 }
 
-// The bytes between two offsets of the file.
-std::string bytes(const Sheet& s, size_t from, size_t to) {
-    return s.data.substr(from, to - from);
-}
-
 // The raw text of a measure text's block, or null.
 std::optional<std::u16string> labelText(const score::MeasureTextRecord& mt) {
     auto block = doc::get(doc::kTextBlock, {static_cast<int16_t>(mt.blockNumber), 0, 0});
@@ -147,10 +142,8 @@ std::optional<std::u16string> labelText(const score::MeasureTextRecord& mt) {
     return doc::getText(doc::kRawText, {raw, 0, 0});
 }
 
-// A new label direction for a staff at the start of a measure, as a patch.
-Label newLabel(Sheet& s, const Staff& st, int measure, std::vector<Patch>* out) {
-    const Part& p = *st.part;
-    const MeasureSpan& m = p.measures[static_cast<size_t>(measure - 1)];
+// A new label direction for a staff (its words filled in by the caller).
+Label newLabel(Sheet& s, const Staff& st, int measure) {
     Label label;
     label.measure = measure;
     label.fresh = true;
@@ -159,17 +152,25 @@ Label newLabel(Sheet& s, const Staff& st, int measure, std::vector<Patch>* out) 
     xmlSetProp(label.node, X("placement"), X("above"));
     xmlNewChild(xmlNewChild(label.node, nullptr, X("direction-type"), nullptr), nullptr,
                 X("words"), nullptr);
-    if (p.staves > 1)
+    if (st.part->staves > 1)
         xmlNewChild(label.node, nullptr, X("staff"), X(std::to_string(st.number).c_str()));
-    if (m.empty) return label; // a measure without inside takes none
-    // Before the first note, with its whitespace; else last, a level in.
-    const std::string space = m.beforeNote ? bytes(s, m.firstNoteSpace, m.firstNote)
+    return label;
+}
+
+// A new label direction put at the start of its measure: before the first
+// note with the note's whitespace after it, else last, a level in. A
+// measure without inside (<measure/>) takes none.
+void insertLabel(const Sheet& s, const Staff& st, const Label& label, std::vector<Patch>* out) {
+    const MeasureSpan& m = st.part->measures[static_cast<size_t>(label.measure - 1)];
+    if (m.empty) return;
+    const std::string space = m.beforeNote ? s.data.substr(m.firstNoteSpace, m.firstNote - m.firstNoteSpace)
                                            : s.layout.space(kMeasureChild);
     layOutChildren(label.node, space, s.layout.unit);
-    label.span = {m.firstNote, m.firstNote, m.firstNote};
-    out->push_back({m.beforeNote ? m.firstNote : m.firstNoteSpace,
-                    m.beforeNote ? m.firstNote : m.firstNoteSpace, space});
-    return label;
+    const std::string direction = dumpNode(s.doc, label.node);
+    if (m.beforeNote)
+        out->push_back({m.firstNote, m.firstNote, direction + space});
+    else
+        out->push_back({m.firstNoteSpace, m.firstNoteSpace, space + direction});
 }
 
 } // namespace
@@ -213,9 +214,7 @@ void writeLabels(Sheet& s, int hostStaff, std::vector<Patch>* out) {
             const auto units = labelText(mt);
             if (!units) continue;
             const auto found = st.labelByBlock.find(mt.blockNumber);
-            std::vector<Patch> inserted;
-            Label label = found != st.labelByBlock.end() ? found->second
-                                                         : newLabel(s, st, m, &inserted);
+            Label label = found != st.labelByBlock.end() ? found->second : newLabel(s, st, m);
             if (found != st.labelByBlock.end()) st.labelByBlock.erase(found);
             xmlNodePtr words = labelWords(label.node);
             const std::string plain = plainText(*units);
@@ -227,16 +226,10 @@ void writeLabels(Sheet& s, int hostStaff, std::vector<Patch>* out) {
             }
             const bool moved = label.fresh || label.vertical != mt.vertical;
             if (moved) xmlSetProp(words, X("default-y"), X(tenthsOf(mt.vertical).c_str()));
-            if (!inserted.empty()) {
-                // Before a note: the direction, then the note's whitespace; at
-                // the end: the whitespace, then the direction.
-                const bool beforeNote = st.part->measures[static_cast<size_t>(m - 1)].beforeNote;
-                const std::string dumped = dumpNode(s.doc, label.node);
-                inserted[0].text = beforeNote ? dumped + inserted[0].text : inserted[0].text + dumped;
-                out->push_back(inserted[0]);
-            } else if (!label.fresh && (changed || moved)) {
+            if (label.fresh)
+                insertLabel(s, st, label, out);
+            else if (changed || moved)
                 out->push_back({label.span.from, label.span.to, dumpNode(s.doc, label.node)});
-            }
             label.text = ui::utf16(plain);
             label.vertical = mt.vertical;
             labels[mt.blockNumber] = label;
